@@ -1,0 +1,33 @@
+# The two commands a newcomer needs:
+#   make demo   install what is missing, build, run the product
+#   make test   install what is missing, build, run every test
+BUILD_DIR ?= build
+BUILD_TYPE ?= RelWithDebInfo
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+
+.PHONY: all setup configure build test demo translations clean
+
+all: build
+
+setup:
+	@sh tools/setup.sh
+
+configure: setup
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=$(BUILD_TYPE)
+
+build: configure
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+
+test: build
+	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+demo: build
+	@sh tools/demo.sh $(BUILD_DIR)
+
+# Refreshes the catalogues from the sources; translate the new entries with
+# Qt Linguist (linguist translations/orvexworkbench_de.ts) and commit them.
+translations:
+	lupdate -no-obsolete -locations none src -ts translations/orvexworkbench_de.ts
+
+clean:
+	rm -rf $(BUILD_DIR)

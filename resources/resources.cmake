@@ -1,0 +1,55 @@
+# Resource collection of the workbench library.
+#   resources.qrc         our own files under resources/
+#   pagelibs.qrc          page libraries installed by npm, generated at configure time
+#   translations.qrc      catalogues compiled by lrelease
+set(ORVEX_RESOURCES_DIR ${CMAKE_SOURCE_DIR}/resources)
+set(ORVEX_RESOURCE_FILES ${ORVEX_RESOURCES_DIR}/resources.qrc)
+
+# Page libraries: alias => file below node_modules. Extend the list when the
+# page needs more; a missing file stops the configure step with a clear message.
+set(ORVEX_PAGE_LIBRARIES
+  "material/jquery.min.js=jquery/dist/jquery.min.js"
+  "material/material.min.js=material-design-lite/material.min.js"
+  "material/material.min.css=material-design-lite/material.min.css"
+  "material/material-icons.woff2=material-icons/iconfont/material-icons.woff2"
+  "material/material-icons.woff=material-icons/iconfont/material-icons.woff"
+)
+set(_pagelibs_entries "")
+foreach(entry ${ORVEX_PAGE_LIBRARIES})
+  string(REPLACE "=" ";" parts "${entry}")
+  list(GET parts 0 alias)
+  list(GET parts 1 path)
+  if(NOT EXISTS ${ORVEX_NODE_MODULES}/${path})
+    message(FATAL_ERROR "Page library ${ORVEX_NODE_MODULES}/${path} is missing: run 'make setup' (npm ci) first.")
+  endif()
+  string(APPEND _pagelibs_entries "    <file alias=\"${alias}\">${ORVEX_NODE_MODULES}/${path}</file>\n")
+endforeach()
+# qwebchannel.js comes from the installed QtWebChannel so that it always matches the Qt in use.
+set(_qwebchannel_js ${CMAKE_CURRENT_BINARY_DIR}/qwebchannel.js)
+add_executable(qwebchannelcopy ${CMAKE_SOURCE_DIR}/tools/qwebchannelcopy.cpp)
+set_target_properties(qwebchannelcopy PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tools)
+target_link_libraries(qwebchannelcopy PRIVATE Qt5::Core Qt5::WebChannel)
+add_custom_command(OUTPUT ${_qwebchannel_js}
+  COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen $<TARGET_FILE:qwebchannelcopy> ${_qwebchannel_js}
+  DEPENDS qwebchannelcopy
+  COMMENT "Copying qwebchannel.js from QtWebChannel")
+add_custom_target(orvex_qwebchannel_js DEPENDS ${_qwebchannel_js})
+add_dependencies(orvexworkbench orvex_qwebchannel_js)
+string(APPEND _pagelibs_entries "    <file alias=\"material/qwebchannel.js\">${_qwebchannel_js}</file>\n")
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc.in
+  "<!DOCTYPE RCC>\n<RCC version=\"1.0\">\n  <qresource prefix=\"/\">\n${_pagelibs_entries}  </qresource>\n</RCC>\n")
+configure_file(${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc.in ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc COPYONLY)
+list(APPEND ORVEX_RESOURCE_FILES ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc)
+
+# Translations: lrelease at build time; 'make translations' at the top runs lupdate.
+set(ORVEX_TS_FILES ${CMAKE_SOURCE_DIR}/translations/orvexworkbench_de.ts)
+set_source_files_properties(${ORVEX_TS_FILES} PROPERTIES OUTPUT_LOCATION ${CMAKE_CURRENT_BINARY_DIR}/translations)
+qt5_add_translation(ORVEX_QM_FILES ${ORVEX_TS_FILES})
+set(_qm_entries "")
+foreach(qm ${ORVEX_QM_FILES})
+  get_filename_component(qm_name ${qm} NAME)
+  string(APPEND _qm_entries "    <file alias=\"translations/${qm_name}\">${qm}</file>\n")
+endforeach()
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/translations.qrc
+  "<!DOCTYPE RCC>\n<RCC version=\"1.0\">\n  <qresource prefix=\"/\">\n${_qm_entries}  </qresource>\n</RCC>\n")
+list(APPEND ORVEX_RESOURCE_FILES ${CMAKE_CURRENT_BINARY_DIR}/translations.qrc ${ORVEX_QM_FILES})

@@ -1,0 +1,34 @@
+#!/bin/sh
+# Installs what building and testing need, and nothing that is already there:
+# Debian packages through apt-get, then the pinned page libraries through npm ci.
+set -eu
+cd "$(dirname "$0")/.."
+
+PACKAGES="build-essential cmake make pkg-config git
+qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
+libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev
+xvfb xauth fonts-dejavu-core nodejs npm"
+
+missing=""
+for p in $PACKAGES; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing="$missing $p"
+  fi
+done
+
+if [ -n "$missing" ]; then
+  echo "setup: installing$missing"
+  SUDO=""
+  if [ "$(id -u)" != 0 ]; then
+    command -v sudo >/dev/null || { echo "setup: need root or sudo to install:$missing" >&2; exit 1; }
+    SUDO=sudo
+  fi
+  $SUDO apt-get update -q
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -q --no-install-recommends $missing
+fi
+
+# npm ci only when the installed tree does not match the lock file.
+if ! cmp -s package-lock.json node_modules/.package-lock.json.orvex 2>/dev/null; then
+  npm ci --no-audit --no-fund
+  cp package-lock.json node_modules/.package-lock.json.orvex
+fi
