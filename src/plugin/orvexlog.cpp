@@ -1,0 +1,3 @@
+#include "orvexlog.h"
+
+Q_LOGGING_CATEGORY(lcWorkbench, "orvex.workbench")

@@ -1,0 +1,8 @@
+#include "orvexclipboardchooser.h"
+
+orvexclipboardchooser::orvexclipboardchooser(QWidget *parent)
+    : QWidget(parent)
+{
+}
+
+orvexclipboardchooser::~orvexclipboardchooser() = default;
