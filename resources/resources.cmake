@@ -1,9 +1,9 @@
 # Resource collection of the workbench library.
-#   resources.qrc         our own files under resources/
+#   */*.qrc               our own files under resources/ (each folder may bring a .qrc)
 #   pagelibs.qrc          page libraries installed by npm, generated at configure time
 #   translations.qrc      catalogues compiled by lrelease
 set(ORVEX_RESOURCES_DIR ${CMAKE_SOURCE_DIR}/resources)
-set(ORVEX_RESOURCE_FILES ${ORVEX_RESOURCES_DIR}/resources.qrc)
+file(GLOB_RECURSE ORVEX_RESOURCE_FILES CONFIGURE_DEPENDS ${ORVEX_RESOURCES_DIR}/*.qrc)
 
 # Page libraries: alias => file below node_modules. Extend the list when the
 # page needs more; a missing file stops the configure step with a clear message.

@@ -43,6 +43,8 @@ private slots:
     void commandsAreRelayedUnchanged();
     void destructionLeavesDockAlive();
     void dockForm();
+    void resourcesAreCompiledIn_data();
+    void resourcesAreCompiledIn();
     void germanCatalogue(); // last: installs a translator for the rest of the process
 
 private:
@@ -388,6 +390,28 @@ void tst_Plugin::dockForm()
     QCOMPARE(dock->tabWidget()->objectName(), QStringLiteral("tabWidget"));
     QCOMPARE(dock->tabWidget()->parentWidget(), contents);
     QCOMPARE(layout->indexOf(dock->tabWidget()), 0);
+}
+
+void tst_Plugin::resourcesAreCompiledIn_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("lock icon") << ":/icons/lock.svg";
+    QTest::newRow("add icon") << ":/icons/tab_add.svg";
+    QTest::newRow("close icon") << ":/icons/dock_close.svg";
+    QTest::newRow("jQuery") << ":/material/jquery.min.js";
+    QTest::newRow("MDL script") << ":/material/material.min.js";
+    QTest::newRow("MDL styles") << ":/material/material.min.css";
+    QTest::newRow("icon font") << ":/material/material-icons.woff2";
+    QTest::newRow("web channel script") << ":/material/qwebchannel.js";
+    QTest::newRow("German catalogue") << ":/translations/orvexworkbench_de.qm";
+}
+
+void tst_Plugin::resourcesAreCompiledIn()
+{
+    QFETCH(QString, path);
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(path));
+    QVERIFY(file.size() > 0);
 }
 
 void tst_Plugin::germanCatalogue()
