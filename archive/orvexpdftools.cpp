@@ -8,12 +8,23 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <QLoggingCategory>
 
 #include <poppler-qt5.h>
 
 #include <memory>
+#include <mutex>
 
 namespace {
+Q_LOGGING_CATEGORY(lcPdf, "orvex.archive.pdf", QtWarningMsg)
+
+// poppler reports every flaw of a damaged file on its own; those go to a
+// category of their own instead of the application's debug output.
+void popplerMessage(const QString &message, const QVariant &)
+{
+    qCDebug(lcPdf) << "POPPLER" << message;
+}
+
 // A page's fingerprint is its image in kHashSide x kHashSide grey levels; two
 // pages are compared by the number of fingerprint pixels that differ visibly.
 constexpr int kHashSide = 128;
@@ -24,6 +35,8 @@ constexpr int kHashRenderSize = 360;
 
 std::unique_ptr<Poppler::Document> loadPdf(const QString &path, QString &error)
 {
+    static std::once_flag routed;
+    std::call_once(routed, [] { Poppler::setDebugErrorFunction(&popplerMessage, QVariant()); });
     std::unique_ptr<Poppler::Document> document(Poppler::Document::load(path));
     if (!document) {
         error = QStringLiteral("%1 is not a readable PDF file").arg(QFileInfo(path).fileName());
