@@ -262,6 +262,16 @@ void tst_ArchiveOpen::pluginLoadsAndConnects()
     QVERIFY(client->exportDocument(int(document.id), path, 1, QStringLiteral("IGNORE")));
     QVERIFY(QFileInfo(path).size() > 0);
     QCOMPARE(total.size(), 1);
+
+    // An upload through the plugin's client reaches the host's archive object.
+    QSignalSpy changed(&archive, &OrvexArchive::documentsChanged);
+    const int before = archive.documents().size();
+    QString uploadId;
+    QVERIFY(client->sendFile(path, uploadId));
+    QVERIFY(client->commitUpload(uploadId));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(archive.documents().size(), before + 1);
+    QCOMPARE(archive.documents().last().id, client->getLastArchivedDocId());
     delete client;
     qunsetenv("ORVEX_ARCHIVE_DIR");
 }
