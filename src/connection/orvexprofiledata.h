@@ -3,6 +3,7 @@
 #include "orvexworkbenchglobal.h"
 
 #include <QKeySequence>
+#include <QMetaType>
 #include <QString>
 #include <QStringList>
 
@@ -40,3 +41,5 @@ public:
 // counts leaves the stream in a failed status; callers check status().
 ORVEXWORKBENCH_EXPORT QDataStream &operator>>(QDataStream &in, orvexProfileData &profile);
 ORVEXWORKBENCH_EXPORT QDataStream &operator<<(QDataStream &out, const orvexProfileData &profile);
+
+Q_DECLARE_METATYPE(orvexProfileData)
