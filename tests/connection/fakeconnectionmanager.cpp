@@ -3,6 +3,7 @@
 #include "orvexlogindata.h"
 
 #include <QCoreApplication>
+#include <QDataStream>
 #include <QLocalSocket>
 
 FakeConnectionManager::FakeConnectionManager(QObject *parent)
@@ -58,4 +59,13 @@ void FakeConnectionManager::accept()
         connect(socket, &QLocalSocket::readyRead, this, read);
         read();
     }
+}
+
+QByteArray stream10(const std::function<void(QDataStream &)> &write)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setVersion(10);
+    write(out);
+    return bytes;
 }

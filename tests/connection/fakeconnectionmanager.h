@@ -6,7 +6,14 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
+class QDataStream;
+
 class QLocalSocket;
+
+// Bytes written by a data stream of the protocol's version (10).
+QByteArray stream10(const std::function<void(QDataStream &)> &write);
 
 // A scripted Connection Manager on a private socket name: it records the bytes
 // of every connection and answers each connection once, with a fixed reply, as

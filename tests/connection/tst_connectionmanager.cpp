@@ -1,19 +1,14 @@
-// The Connection Manager stand-in: its request parser, its profile file, the
-// server driven by the real client, and the executable's single-instance rule.
-#include "orvexcmrequestparser.h"
+// The Connection Manager stand-in, spoken to by the real client and by raw
+// sockets, and its executable's single-instance rule.
 #include "orvexconnectionmanager.h"
 #include "orvexlogindata.h"
 #include "orvexprofiledata.h"
 #include "orvexprofilestore.h"
 
-#include <QDir>
 #include <QLocalSocket>
 #include <QProcess>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
-
-Q_DECLARE_METATYPE(QList<QStringList>)
 
 namespace {
 
@@ -23,26 +18,27 @@ QString uniqueName()
     return QStringLiteral("orvex-cm-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++counter);
 }
 
-// Sends raw bytes on a connection of its own and collects what comes back.
-QByteArray exchange(const QString &name, const QByteArray &request, int expectedBytes)
+// Sends raw bytes on a connection of its own; returns what came back before
+// the server hung up or went quiet.
+QByteArray exchange(const QString &name, const QList<QByteArray> &pieces)
 {
     QLocalSocket socket;
     socket.connectToServer(name);
     if (!socket.waitForConnected(5000))
         return "NOT CONNECTED";
-    socket.write(request);
-    socket.flush();
+    for (const QByteArray &piece : pieces) {
+        socket.write(piece);
+        socket.flush();
+        QTest::qWait(30);
+    }
     QByteArray reply;
-    QElapsedTimer clock;
-    clock.start();
-    while (reply.size() < expectedBytes && clock.elapsed() < 15000
-           && socket.state() == QLocalSocket::ConnectedState) {
-        QCoreApplication::processEvents();
-        socket.waitForReadyRead(10);
+    for (int quiet = 0; quiet < 20 && socket.state() == QLocalSocket::ConnectedState; ++quiet) {
+        QTest::qWait(10);
+        if (socket.bytesAvailable() > 0)
+            quiet = 0;
         reply += socket.readAll();
     }
-    reply += socket.readAll();
-    return reply;
+    return reply + socket.readAll();
 }
 
 } // namespace
@@ -53,369 +49,142 @@ class tst_ConnectionManager : public QObject
 
 private slots:
     void initTestCase();
+    void init();
     void cleanup();
-
-    void parser_data();
-    void parser();
-    void parserOpenChatEndsWhenQuiet();
-    void parserRefusesEndlessLines();
-
-    void storeCreatesDefaultProfile();
-    void storeReadsProfiles();
-
+    void defaultProfileFile();
     void answersTheClient();
-    void logsUseReloadAndChat();
-    void garbageIsAnsweredAndDropped_data();
-    void garbageIsAnsweredAndDropped();
-    void requestsInPieces();
-    void secondInstanceInProcessIsRefused();
-    void staleSocketFileIsReplaced();
-
+    void rawRequests_data();
+    void rawRequests();
     void executable();
 
 private:
-    QString m_bin;
     QTemporaryDir m_dir;
+    QScopedPointer<OrvexProfileStore> m_store;
+    QScopedPointer<OrvexConnectionManager> m_manager;
+    QString m_name;
 };
 
 void tst_ConnectionManager::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
     QVERIFY(m_dir.isValid());
-    m_bin = QCoreApplication::applicationDirPath() + QStringLiteral("/orvexconnectionmanager");
+}
+
+void tst_ConnectionManager::init()
+{
+    m_store.reset(new OrvexProfileStore(m_dir.filePath(uniqueName() + QStringLiteral(".ini"))));
+    QVERIFY(m_store->load());
+    m_manager.reset(new OrvexConnectionManager(m_store.data(), 45123));
+    m_name = uniqueName();
+    QString error;
+    QVERIFY2(m_manager->start(m_name, &error), qPrintable(error));
+    orvexLoginData::setServerNameOverride(m_name);
 }
 
 void tst_ConnectionManager::cleanup()
 {
+    m_manager.reset();
     orvexLoginData::setServerNameOverride(QString());
 }
 
-void tst_ConnectionManager::parser_data()
-{
-    QTest::addColumn<QList<QByteArray>>("chunks");
-    QTest::addColumn<QList<int>>("kinds");
-    QTest::addColumn<QList<QStringList>>("args");
-
-    using R = OrvexCmRequest;
-    QTest::newRow("port") << QList<QByteArray>{"GETDNDPORT"} << QList<int>{R::DndPort}
-                          << QList<QStringList>{{}};
-    QTest::newRow("port in pieces") << QList<QByteArray>{"GET", "DND", "PORT"}
-                                    << QList<int>{R::DndPort} << QList<QStringList>{{}};
-    QTest::newRow("profiles") << QList<QByteArray>{"GETPROFILES\r", "\n"} << QList<int>{R::Profiles}
-                              << QList<QStringList>{{}};
-    QTest::newRow("list then use, one chunk")
-        << QList<QByteArray>{"GETPROFILES\r\nUSEPROFILE#12#3#/opt/orvex/host#\r\n"}
-        << QList<int>{R::Profiles, R::UseProfile}
-        << QList<QStringList>{{}, {"12", "3", "/opt/orvex/host"}};
-    QTest::newRow("use, second form, path with #")
-        << QList<QByteArray>{"USEPROFILE#12#3#/opt/a#b/host\r\n"} << QList<int>{R::UseProfile}
-        << QList<QStringList>{{"12", "3", "/opt/a#b/host"}};
-    QTest::newRow("use, non-numeric process") << QList<QByteArray>{"USEPROFILE#x#3#/p#\r\n"}
-                                              << QList<int>{R::Invalid} << QList<QStringList>{{}};
-    QTest::newRow("use, fields missing") << QList<QByteArray>{"USEPROFILE#12\r\n"}
-                                         << QList<int>{R::Invalid} << QList<QStringList>{{}};
-    QTest::newRow("reload") << QList<QByteArray>{"RELOADPROFILE#9000000000\r\n"}
-                            << QList<int>{R::ReloadProfile} << QList<QStringList>{{"9000000000"}};
-    QTest::newRow("reload, letters") << QList<QByteArray>{"RELOADPROFILE#abc\r\n"}
-                                     << QList<int>{R::Invalid} << QList<QStringList>{{}};
-    QTest::newRow("profiles with a tail") << QList<QByteArray>{"GETPROFILESX\r\n"}
-                                          << QList<int>{R::Invalid} << QList<QStringList>{{}};
-    QTest::newRow("garbage") << QList<QByteArray>{"HELLO\r\n"} << QList<int>{R::Invalid}
-                             << QList<QStringList>{{}};
-    QTest::newRow("binary") << QList<QByteArray>{QByteArray("\0\xff\x01", 3)}
-                            << QList<int>{R::Invalid} << QList<QStringList>{{}};
-    QTest::newRow("stray line ends between requests")
-        << QList<QByteArray>{"GETDNDPORT\r\n\r\nGETDNDPORT"} << QList<int>{R::DndPort, R::DndPort}
-        << QList<QStringList>{{}, {}};
-}
-
-void tst_ConnectionManager::parser()
-{
-    QFETCH(QList<QByteArray>, chunks);
-    QFETCH(QList<int>, kinds);
-    QFETCH(QList<QStringList>, args);
-
-    OrvexCmRequestParser parser;
-    QList<OrvexCmRequest> requests;
-    for (const QByteArray &chunk : chunks) {
-        parser.append(chunk);
-        OrvexCmRequest request;
-        while (parser.next(request))
-            requests.append(request);
-    }
-    QCOMPARE(requests.size(), kinds.size());
-    for (int i = 0; i < requests.size(); ++i) {
-        QCOMPARE(int(requests.at(i).kind), kinds.at(i));
-        if (requests.at(i).kind != OrvexCmRequest::Invalid)
-            QCOMPARE(requests.at(i).args, args.at(i));
-    }
-    QVERIFY(!parser.hasUnterminated());
-}
-
-void tst_ConnectionManager::parserOpenChatEndsWhenQuiet()
-{
-    const QChar sep(0xFEFF);
-    OrvexCmRequestParser parser;
-    OrvexCmRequest request;
-    parser.append((QStringLiteral("OPENCHAT") + sep + QStringLiteral("7") + sep).toUtf8());
-    QVERIFY(!parser.next(request)); // could still grow
-    parser.append((QStringLiteral("zweiter") + sep + QStringLiteral("Grüße")).toUtf8());
-    QVERIFY(!parser.next(request));
-    QVERIFY(parser.hasUnterminated());
-    QVERIFY(parser.takeUnterminated(request));
-    QCOMPARE(request.kind, OrvexCmRequest::OpenChat);
-    QCOMPARE(request.args, QStringList({"7", QStringLiteral("Grüße"), "zweiter"}));
-    QVERIFY(!parser.hasUnterminated());
-
-    parser.append("OPENCHAT\xef\xbb\xbfseven");
-    QVERIFY(parser.takeUnterminated(request));
-    QCOMPARE(request.kind, OrvexCmRequest::Invalid);
-}
-
-void tst_ConnectionManager::parserRefusesEndlessLines()
-{
-    OrvexCmRequestParser parser;
-    OrvexCmRequest request;
-    parser.append("RELOADPROFILE#");
-    parser.append(QByteArray(OrvexCmRequestParser::kMaxRequestSize, '1'));
-    QVERIFY(parser.next(request));
-    QCOMPARE(request.kind, OrvexCmRequest::Invalid);
-    QVERIFY(!parser.next(request));
-}
-
-void tst_ConnectionManager::storeCreatesDefaultProfile()
+void tst_ConnectionManager::defaultProfileFile()
 {
     const QString file = m_dir.filePath(QStringLiteral("sub/dir/profiles.ini"));
     OrvexProfileStore store(file);
     QVERIFY(store.load());
-    QVERIFY(QFile::exists(file));
-    QCOMPARE(store.profiles().size(), 1);
-    const orvexProfileData profile = store.profiles().constFirst();
-    QCOMPARE(profile, OrvexProfileStore::defaultProfile());
-    QCOMPARE(profile.dataPath, OrvexProfileStore::defaultArchivePath());
-    QVERIFY(!profile.name.isEmpty());
-    QCOMPARE(store.dndPort(), 0);
-
-    // What was written reads back the same, empty lists included.
-    OrvexProfileStore again(file);
+    QCOMPARE(store.profiles(), QList<orvexProfileData>{OrvexProfileStore::defaultProfile()});
+    QCOMPARE(store.profiles()[0].dataPath, OrvexProfileStore::defaultArchivePath());
+    OrvexProfileStore again(file); // written, and read back the same
     QVERIFY(again.load());
     QCOMPARE(again.profiles(), store.profiles());
 }
 
-void tst_ConnectionManager::storeReadsProfiles()
-{
-    const QString file = m_dir.filePath(QStringLiteral("two.ini"));
-    {
-        QSettings ini(file, QSettings::IniFormat);
-        ini.setValue(QStringLiteral("dndPort"), 50123);
-        ini.beginWriteArray(QStringLiteral("profiles"), 3);
-        ini.setArrayIndex(0);
-        ini.setValue(QStringLiteral("id"), 7);
-        ini.setValue(QStringLiteral("name"), QStringLiteral("Produktion"));
-        ini.setValue(QStringLiteral("archives"), QStringList{"a", "b"});
-        ini.setValue(QStringLiteral("shortcut"), QStringLiteral("Ctrl+P"));
-        ini.setArrayIndex(1);
-        ini.setValue(QStringLiteral("id"), QStringLiteral("not a number"));
-        ini.setValue(QStringLiteral("name"), QStringLiteral("Kaputt"));
-        ini.setArrayIndex(2);
-        ini.setValue(QStringLiteral("id"), 8);
-        ini.endArray();
-    }
-    OrvexProfileStore store(file);
-    QVERIFY(store.load());
-    QCOMPARE(store.dndPort(), 50123);
-    QCOMPARE(store.profiles().size(), 2); // the one without a usable id is left out
-    QCOMPARE(store.profiles().at(0).name, QStringLiteral("Produktion"));
-    QCOMPARE(store.profiles().at(0).archives, QStringList({"a", "b"}));
-    QCOMPARE(store.profiles().at(0).shortcut, QKeySequence(Qt::CTRL | Qt::Key_P));
-    QCOMPARE(store.profiles().at(1).id, qint64(8));
-    QVERIFY(store.contains(8));
-    QVERIFY(!store.contains(1));
-}
-
 void tst_ConnectionManager::answersTheClient()
 {
-    OrvexProfileStore store(m_dir.filePath(QStringLiteral("answers.ini")));
-    QVERIFY(store.load());
-    OrvexConnectionManager manager(&store, 45123);
-    const QString name = uniqueName();
-    QString error;
-    QVERIFY2(manager.start(name, &error), qPrintable(error));
-    orvexLoginData::setServerNameOverride(name);
-
     orvexLoginData login;
-    QSignalSpy portSpy(&manager, &OrvexConnectionManager::dndPortRequested);
     QCOMPARE(login.getDNDPort(), 45123);
-    QCOMPARE(portSpy.count(), 1);
 
-    QSignalSpy used(&manager, &OrvexConnectionManager::profileUsed);
+    QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
     orvexProfileData profile;
+    QString error;
     QVERIFY2(login.getProfileById(profile, error, 1), qPrintable(error));
-    QCOMPARE(profile, store.profiles().constFirst());
+    QCOMPARE(profile, m_store->profiles().constFirst());
     QTRY_COMPARE(used.count(), 1);
-    QCOMPARE(used.at(0).at(0).toLongLong(), QCoreApplication::applicationPid());
-    QCOMPARE(used.at(0).at(1).toLongLong(), 1);
-    QCOMPARE(used.at(0).at(2).toString(), QCoreApplication::applicationFilePath());
-    QCOMPARE(used.at(0).at(3).toBool(), true);
-
+    QCOMPARE(used[0], QVariantList({qint64(QCoreApplication::applicationPid()), qint64(1),
+                                     QCoreApplication::applicationFilePath(), true}));
     QVERIFY(!login.getProfileById(profile, error, 99));
-}
 
-void tst_ConnectionManager::logsUseReloadAndChat()
-{
-    OrvexProfileStore store(m_dir.filePath(QStringLiteral("logs.ini")));
-    QVERIFY(store.load());
-    OrvexConnectionManager manager(&store, 45124);
-    const QString name = uniqueName();
-    QVERIFY(manager.start(name));
-    orvexLoginData::setServerNameOverride(name);
-    orvexLoginData login;
-
-    QSignalSpy reloaded(&manager, &OrvexConnectionManager::profileReloaded);
+    QSignalSpy reloaded(m_manager.data(), &OrvexConnectionManager::profileReloaded);
     login.reloadProfile(1);
     login.reloadProfile(42);
-    QCOMPARE(reloaded.count(), 2);
-    QCOMPARE(reloaded.at(0), QVariantList({qint64(1), true}));
-    QCOMPARE(reloaded.at(1), QVariantList({qint64(42), false}));
-    QCOMPARE(exchange(name, "RELOADPROFILE#42\r\n", 16), QByteArray("UNKNOWN PROFILE\n"));
+    QCOMPARE(reloaded, QList<QVariantList>({{qint64(1), true}, {qint64(42), false}}));
 
-    QSignalSpy chat(&manager, &OrvexConnectionManager::chatRequested);
+    QSignalSpy chat(m_manager.data(), &OrvexConnectionManager::chatRequested);
     login.openChat(7, QStringLiteral("Grüße"), QStringLiteral("zweiter"));
-    QCOMPARE(chat.count(), 1);
-    QCOMPARE(chat.at(0), QVariantList({qint64(7), QStringLiteral("Grüße"), QStringLiteral("zweiter")}));
-
-    // The second form of the use request, as the profile dialog path sends it.
-    QSignalSpy used(&manager, &OrvexConnectionManager::profileUsed);
-    exchange(name, "USEPROFILE#77#1#/usr/bin/orvexhost\r\n", 0);
-    QTRY_COMPARE(used.count(), 1);
-    QCOMPARE(used.at(0), QVariantList({qint64(77), qint64(1), QStringLiteral("/usr/bin/orvexhost"), false}));
-    QVERIFY(store.profiles().constFirst().active);
+    QCOMPARE(chat, QList<QVariantList>({{qint64(7), QStringLiteral("Grüße"), QStringLiteral("zweiter")}}));
 }
 
-void tst_ConnectionManager::garbageIsAnsweredAndDropped_data()
+void tst_ConnectionManager::rawRequests_data()
 {
-    QTest::addColumn<QByteArray>("request");
-    QTest::newRow("unknown word") << QByteArray("HELLO WORLD\r\n");
-    QTest::newRow("binary") << QByteArray("\x00\x01\x02\xff", 4);
-    QTest::newRow("bad reload") << QByteArray("RELOADPROFILE#-\r\n");
+    QTest::addColumn<QList<QByteArray>>("pieces");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<int>("invalid");
+    QTest::newRow("port in pieces") << QList<QByteArray>{"GETDN", "DPORT"} << QByteArray("45123\n") << 0;
+    QTest::newRow("reload unknown") << QList<QByteArray>{"RELOADPROFILE#4", "2\r\n"}
+                                    << QByteArray("UNKNOWN PROFILE\n") << 0;
+    QTest::newRow("use, second form: no reply") << QList<QByteArray>{"USEPROFILE#77#1#/bin/a#b\r\n"}
+                                                << QByteArray() << 0;
+    QTest::newRow("unknown word") << QList<QByteArray>{"HELLO\r\n"} << QByteArray("ERROR\n") << 1;
+    QTest::newRow("binary") << QList<QByteArray>{QByteArray("\0\xff", 2)} << QByteArray("ERROR\n") << 1;
+    QTest::newRow("reload, letters") << QList<QByteArray>{"RELOADPROFILE#x\r\n"} << QByteArray("ERROR\n") << 1;
+    QTest::newRow("endless line") << QList<QByteArray>{"GETPROFILES", QByteArray(70000, 'S')}
+                                  << QByteArray("ERROR\n") << 1;
 }
 
-void tst_ConnectionManager::garbageIsAnsweredAndDropped()
+void tst_ConnectionManager::rawRequests()
 {
-    QFETCH(QByteArray, request);
-    OrvexProfileStore store(m_dir.filePath(QStringLiteral("garbage.ini")));
-    QVERIFY(store.load());
-    OrvexConnectionManager manager(&store, 45125);
-    const QString name = uniqueName();
-    QVERIFY(manager.start(name));
-    QSignalSpy invalid(&manager, &OrvexConnectionManager::invalidRequest);
-    QCOMPARE(exchange(name, request, 6), QByteArray("ERROR\n"));
-    QCOMPARE(invalid.count(), 1);
-
-    // The server keeps serving others.
-    orvexLoginData::setServerNameOverride(name);
-    QCOMPARE(orvexLoginData().getDNDPort(), 45125);
-}
-
-void tst_ConnectionManager::requestsInPieces()
-{
-    OrvexProfileStore store(m_dir.filePath(QStringLiteral("pieces.ini")));
-    QVERIFY(store.load());
-    OrvexConnectionManager manager(&store, 45126);
-    const QString name = uniqueName();
-    QVERIFY(manager.start(name));
-
-    QLocalSocket socket;
-    socket.connectToServer(name);
-    QVERIFY(socket.waitForConnected(5000));
-    QSignalSpy listed(&manager, &OrvexConnectionManager::profilesListed);
-    socket.write("GETPRO");
-    socket.flush();
-    QTest::qWait(100);
-    QCOMPARE(listed.count(), 0);
-    socket.write("FILES\r\n");
-    socket.flush();
-    QTRY_COMPARE(listed.count(), 1);
-    const QByteArray expected =
-        OrvexConnectionManager::profileListReply(OrvexConnectionManager::replyHeader(), store.profiles());
-    QTRY_COMPARE(socket.bytesAvailable(), qint64(expected.size()));
-    QCOMPARE(socket.readAll(), expected);
-}
-
-void tst_ConnectionManager::secondInstanceInProcessIsRefused()
-{
-    OrvexProfileStore store(m_dir.filePath(QStringLiteral("second.ini")));
-    QVERIFY(store.load());
-    const QString name = uniqueName();
-    auto first = std::make_unique<OrvexConnectionManager>(&store, 45127);
-    QVERIFY(first->start(name));
-    OrvexConnectionManager second(&store, 45128);
-    QString error;
-    QVERIFY(!second.start(name, &error));
-    QVERIFY2(error.contains(QStringLiteral("already running")), qPrintable(error));
-    QVERIFY(!second.isListening());
-
-    orvexLoginData::setServerNameOverride(name);
-    QCOMPARE(orvexLoginData().getDNDPort(), 45127); // the first one still answers
-
-    first.reset(); // gone: the name is free again
-    QVERIFY2(second.start(name, &error), qPrintable(error));
-    QCOMPARE(orvexLoginData().getDNDPort(), 45128);
-}
-
-void tst_ConnectionManager::staleSocketFileIsReplaced()
-{
-    // A killed instance leaves its socket file behind, without a listener.
-    const QString name = uniqueName();
-    QFile stale(QDir::tempPath() + QLatin1Char('/') + name);
-    QVERIFY(stale.open(QIODevice::WriteOnly));
-    stale.close();
-    OrvexProfileStore store(m_dir.filePath(QStringLiteral("stale.ini")));
-    QVERIFY(store.load());
-    OrvexConnectionManager manager(&store, 45129);
-    QString error;
-    QVERIFY2(manager.start(name, &error), qPrintable(error));
-    orvexLoginData::setServerNameOverride(name);
-    QCOMPARE(orvexLoginData().getDNDPort(), 45129);
+    QFETCH(QList<QByteArray>, pieces);
+    QFETCH(QByteArray, reply);
+    QFETCH(int, invalid);
+    QSignalSpy refused(m_manager.data(), &OrvexConnectionManager::invalidRequest);
+    QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
+    QCOMPARE(exchange(m_name, pieces), reply);
+    QCOMPARE(refused.count(), invalid);
+    if (pieces[0].startsWith("USEPROFILE")) {
+        QTRY_COMPARE(used.count(), 1);
+        QCOMPARE(used[0], QVariantList({qint64(77), qint64(1), QStringLiteral("/bin/a#b"), false}));
+    }
+    QCOMPARE(orvexLoginData().getDNDPort(), 45123); // still serving
 }
 
 void tst_ConnectionManager::executable()
 {
-    QVERIFY2(QFileInfo(m_bin).isExecutable(), qPrintable(m_bin));
+    const QString bin = QCoreApplication::applicationDirPath() + QStringLiteral("/orvexconnectionmanager");
     const QString name = uniqueName();
-    const QString profiles = m_dir.filePath(QStringLiteral("executable.ini"));
-    const QStringList args = {QStringLiteral("--name"), name, QStringLiteral("--profiles"), profiles};
-
+    const QStringList args = {"--name", name, "--profiles", m_dir.filePath(QStringLiteral("exe.ini"))};
     QProcess first;
     first.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    first.start(m_bin, args + QStringList{QStringLiteral("--port"), QStringLiteral("45130")});
+    first.start(bin, args + QStringList{"--port", "45130"});
     QVERIFY(first.waitForStarted(15000));
     orvexLoginData::setServerNameOverride(name);
     orvexLoginData login;
     login.setWaitInterval(20);
     QTRY_COMPARE_WITH_TIMEOUT(login.getDNDPort(), 45130, 15000);
-    QVERIFY(QFile::exists(profiles)); // the default profile was written
 
-    QProcess second;
-    second.start(m_bin, args);
+    QProcess second; // also refused while the first is busy with nobody
+    second.start(bin, args);
     QVERIFY(second.waitForFinished(15000));
-    QCOMPARE(second.exitStatus(), QProcess::NormalExit);
     QCOMPARE(second.exitCode(), 1);
-    QVERIFY2(second.readAllStandardError().contains("already running"), "a clear message");
+    QVERIFY(second.readAllStandardError().contains("already running"));
     QCOMPARE(login.getDNDPort(), 45130);
 
-    QProcess badPort;
-    badPort.start(m_bin, QStringList{QStringLiteral("--name"), uniqueName(), QStringLiteral("--port"),
-                                     QStringLiteral("70000"), QStringLiteral("--profiles"), profiles});
-    QVERIFY(badPort.waitForFinished(15000));
-    QCOMPARE(badPort.exitCode(), 2);
-
-    first.terminate(); // SIGTERM: a clean exit that removes the socket
+    first.terminate(); // SIGTERM: a clean exit that frees the name
     QVERIFY(first.waitForFinished(15000));
-    QCOMPARE(first.exitStatus(), QProcess::NormalExit);
     QCOMPARE(first.exitCode(), 0);
     QVERIFY(!QFile::exists(QDir::tempPath() + QLatin1Char('/') + name));
-    QCOMPARE(login.getDNDPort(), 0);
+    second.start(bin, args + QStringList{"--port", "70000"});
+    QVERIFY(second.waitForFinished(15000));
+    QCOMPARE(second.exitCode(), 2); // invalid port
 }
 
 QTEST_GUILESS_MAIN(tst_ConnectionManager)
