@@ -115,5 +115,10 @@ void QUserListView::keyPressEvent(QKeyEvent *event)
 void QUserListView::mouseDoubleClickEvent(QMouseEvent *event)
 {
     m_strgHold = event->modifiers() == Qt::ControlModifier;
+    // With Control the second press of a double click toggles the item's
+    // selection off again; the item double-clicked is still meant to move.
+    const QModelIndex index = indexAt(event->pos());
+    if (index.isValid() && selectionModel() && !selectionModel()->isSelected(index))
+        selectionModel()->select(index, QItemSelectionModel::Select);
     QListView::mouseDoubleClickEvent(event);
 }
