@@ -84,10 +84,26 @@ QList<QList<QStandardItem *>> QRolesListView::takeRows2(const QModelIndexList &i
     return m_rows->takeRows(indexes);
 }
 
+QRolesListView *QRolesListView::dropSource(QObject *source) const
+{
+    auto *list = qobject_cast<QRolesListView *>(source);
+    return list == this ? nullptr : list;
+}
+
+void QRolesListView::dragMoveEvent(QDragMoveEvent *event)
+{
+    // Refused drags show the refusal while they hover, not only on the drop.
+    if (!dropSource(event->source())) {
+        event->ignore();
+        return;
+    }
+    QListView::dragMoveEvent(event);
+}
+
 void QRolesListView::dropEvent(QDropEvent *event)
 {
-    auto *source = qobject_cast<QRolesListView *>(event->source());
-    if (!source || source == this) {
+    QRolesListView *source = dropSource(event->source());
+    if (!source) {
         event->ignore();
         return;
     }

@@ -83,10 +83,26 @@ QList<QList<QStandardItem *>> QUserListView::takeRows(const QModelIndexList &ind
     return m_rows->takeRows(indexes);
 }
 
+QUserListView *QUserListView::dropSource(QObject *source) const
+{
+    auto *list = qobject_cast<QUserListView *>(source);
+    return list == this ? nullptr : list;
+}
+
+void QUserListView::dragMoveEvent(QDragMoveEvent *event)
+{
+    // Refused drags show the refusal while they hover, not only on the drop.
+    if (!dropSource(event->source())) {
+        event->ignore();
+        return;
+    }
+    QListView::dragMoveEvent(event);
+}
+
 void QUserListView::dropEvent(QDropEvent *event)
 {
-    auto *source = qobject_cast<QUserListView *>(event->source());
-    if (!source || source == this) {
+    QUserListView *source = dropSource(event->source());
+    if (!source) {
         event->ignore();
         return;
     }

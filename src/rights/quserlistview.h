@@ -46,11 +46,15 @@ signals:
     void changeCurrent();
 
 protected:
+    void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
+    // Rows come only from another list of this class.
+    QUserListView *dropSource(QObject *source) const;
+
     QStandardItemModel *m_model;
     QSortFilterProxyModel *m_proxy;
     std::unique_ptr<OrvexListRows> m_rows;

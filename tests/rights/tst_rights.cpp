@@ -54,8 +54,8 @@ void select(QAbstractItemView *list, const QStringList &wanted)
 
 // Enters, moves and drops on target while a drag from source runs, so that the
 // events name their source the way they do in use. The drop must reach the
-// target's viewport; returns whether it was accepted.
-bool dropDuringDrag(QAbstractItemView *source, QAbstractItemView *target)
+// target's viewport; returns whether the hovering drag and the drop were accepted.
+QPair<bool, bool> dropDuringDrag(QAbstractItemView *source, QAbstractItemView *target)
 {
     struct DropSeen : QObject
     {
@@ -70,7 +70,7 @@ bool dropDuringDrag(QAbstractItemView *source, QAbstractItemView *target)
     auto *drag = new QDrag(source);
     QMimeData *mime = source->model()->mimeData(source->selectionModel()->selectedIndexes());
     drag->setMimeData(mime ? mime : new QMimeData);
-    bool accepted = false;
+    bool moveAccepted = false, accepted = false;
     QTimer::singleShot(0, target, [&] {
         const QPoint at = target->viewport()->rect().center();
         const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
@@ -78,6 +78,7 @@ bool dropDuringDrag(QAbstractItemView *source, QAbstractItemView *target)
         QCoreApplication::sendEvent(target->viewport(), &enter);
         QDragMoveEvent move(at, actions, drag->mimeData(), Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(target->viewport(), &move);
+        moveAccepted = move.isAccepted();
         QDropEvent drop(at, actions, drag->mimeData(), Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(target->viewport(), &drop);
         accepted = drop.isAccepted();
@@ -87,7 +88,7 @@ bool dropDuringDrag(QAbstractItemView *source, QAbstractItemView *target)
     target->viewport()->removeEventFilter(&dropSeen);
     if (!dropSeen.seen)
         qWarning("the drop did not reach the target");
-    return dropSeen.seen && accepted;
+    return {moveAccepted, dropSeen.seen && accepted};
 }
 
 QAbstractItemView *makeList(const QString &kind, const QStringList &items, QWidget *parent)
@@ -128,6 +129,7 @@ private slots:
     void cleanup() { delete m_rights; }
 
     void takeRowsBottomUp();
+    void cloneCopiesIconIdTextAndUserData();
     void drop_data();
     void drop();
     void strgHold_data();
@@ -195,6 +197,19 @@ void tst_Rights::takeRowsBottomUp()
         qDeleteAll(row);
 }
 
+void tst_Rights::cloneCopiesIconIdTextAndUserData()
+{
+    QRoleStandardItem item(QIcon(":/icons/user_ldap.svg"), "jdoe", "John Doe");
+    item.setData("one", Qt::UserRole + 1);
+    item.setData("LDAP_jdoe", Qt::UserRole);
+    std::unique_ptr<QRoleStandardItem> copy(item.clone());
+    QCOMPARE(copy->roleId(), QString("jdoe"));
+    QCOMPARE(copy->text(), QString("John Doe"));
+    QCOMPARE(copy->icon().cacheKey(), item.icon().cacheKey());
+    QCOMPARE(copy->data(Qt::UserRole + 1).toString(), QString("one"));
+    QVERIFY(!copy->data(Qt::UserRole).isValid());
+}
+
 void tst_Rights::drop_data()
 {
     QTest::addColumn<QString>("target");
@@ -224,7 +239,7 @@ void tst_Rights::drop()
     const QStringList before = texts(from);
     QSignalSpy changed(to, SIGNAL(changed()));
 
-    QCOMPARE(dropDuringDrag(from, to), accepted);
+    QCOMPARE(dropDuringDrag(from, to), qMakePair(accepted, accepted));
     QCOMPARE(changed.count(), accepted ? 1 : 0);
     if (accepted) {
         QCOMPARE(texts(to), QStringList({"alpha", "charlie", "delta", "echo"}));
