@@ -24,7 +24,7 @@ QByteArray docsIdStream(const QStringList &ids)
 
 } // namespace
 
-class tst_MimeData : public QObject
+class tst_Dnd : public QObject
 {
     Q_OBJECT
 
@@ -44,19 +44,19 @@ private:
     QTemporaryDir m_temp;
 };
 
-void tst_MimeData::initTestCase()
+void tst_Dnd::initTestCase()
 {
     // The objects' folders land in a private temp folder.
     QVERIFY(m_temp.isValid());
     qputenv("TMPDIR", QFile::encodeName(m_temp.path()));
 }
 
-void tst_MimeData::init()
+void tst_Dnd::init()
 {
     orvexLoginData::setServerNameOverride(FakeConnectionManager::uniqueName()); // nobody there
 }
 
-void tst_MimeData::formats()
+void tst_Dnd::formats()
 {
     const QString uri = QStringLiteral("text/x-orvex-uri");
     OrvexMimeData mime;
@@ -67,7 +67,7 @@ void tst_MimeData::formats()
     QCOMPARE(mime.formats(), QStringList({QStringLiteral("x-application-orvex"), uri}));
 }
 
-void tst_MimeData::docsIdsFromStream_data()
+void tst_Dnd::docsIdsFromStream_data()
 {
     QTest::addColumn<QString>("format");
     QTest::addColumn<QByteArray>("bytes");
@@ -90,7 +90,7 @@ void tst_MimeData::docsIdsFromStream_data()
     QTest::newRow("length of 2 GB") << own << hostile << QList<qlonglong>{4};
 }
 
-void tst_MimeData::docsIdsFromStream()
+void tst_Dnd::docsIdsFromStream()
 {
     QFETCH(QString, format);
     QFETCH(QByteArray, bytes);
@@ -105,7 +105,7 @@ void tst_MimeData::docsIdsFromStream()
     QCOMPARE(mime.getDocsIds(), QStringList{"1001"});
 }
 
-void tst_MimeData::tempFolderAndPort()
+void tst_Dnd::tempFolderAndPort()
 {
     OrvexMimeData without; // no Connection Manager: port 0, at once
     QCOMPARE(without.getDndPort(), qint64(0));
@@ -125,7 +125,7 @@ void tst_MimeData::tempFolderAndPort()
     QVERIFY(first.getTempDir() != second.getTempDir());
 }
 
-void tst_MimeData::tempFolderOnDestruction_data()
+void tst_Dnd::tempFolderOnDestruction_data()
 {
     QTest::addColumn<QString>("mode"); // null: no classification client
     QTest::addColumn<bool>("withSubfolder");
@@ -138,7 +138,7 @@ void tst_MimeData::tempFolderOnDestruction_data()
     QTest::newRow("online with a subfolder") << "Online" << true << false << true;
 }
 
-void tst_MimeData::tempFolderOnDestruction()
+void tst_Dnd::tempFolderOnDestruction()
 {
     QFETCH(QString, mode);
     QFETCH(bool, withSubfolder);
@@ -165,7 +165,7 @@ void tst_MimeData::tempFolderOnDestruction()
         QVERIFY(QFile::exists(files[2])); // never descended into
 }
 
-void tst_MimeData::leftButtonDown_data()
+void tst_Dnd::leftButtonDown_data()
 {
     QTest::addColumn<QList<int>>("buttons");
     QTest::addColumn<bool>("down");
@@ -175,7 +175,7 @@ void tst_MimeData::leftButtonDown_data()
     QTest::newRow("left and right") << QList<int>{Qt::LeftButton, Qt::RightButton} << false;
 }
 
-void tst_MimeData::leftButtonDown()
+void tst_Dnd::leftButtonDown()
 {
     QFETCH(QList<int>, buttons);
     QFETCH(bool, down);
@@ -191,5 +191,5 @@ void tst_MimeData::leftButtonDown()
     QCOMPARE(result, down);
 }
 
-QTEST_MAIN(tst_MimeData)
-#include "tst_mimedata.moc"
+QTEST_MAIN(tst_Dnd)
+#include "tst_dnd.moc"

@@ -1,12 +1,16 @@
-// The Connection Manager client against a scripted local-socket server.
+// The Connection Manager client against a scripted local-socket server, the
+// profile record's wire layout, and the profile dialog's remembered settings.
 #include "fakeconnectionmanager.h"
 #include "modalanswerer.h"
 #include "orvexlogindata.h"
+#include "orvexlogindialog.h"
 #include "orvexprofiledata.h"
+#include "orvextranslations.h"
 
 #include <QComboBox>
 #include <QDataStream>
 #include <QDialog>
+#include <QLabel>
 #include <QSettings>
 #include <QtTest>
 
@@ -52,14 +56,31 @@ QByteArray useProfileRequest(qint64 id, bool trailingHash)
 const QList<orvexProfileData> kProfiles = {makeProfile(3, QStringLiteral("Test")),
                                            makeProfile(5, QStringLiteral("Produktion"))};
 
+orvexProfileData fullProfile()
+{
+    return {Q_INT64_C(0x123456789A), "Produktion", QStringLiteral("Hauptarchiv München"), "archiv.example",
+            "main", "jdoe", true, {"main", QString()}, 4711, QKeySequence("Ctrl+K, Ctrl+P"), "EXAMPLE",
+            "de", "#336699", "/srv/orvex", {"tavloUSER"}, {"ssl=1"}};
+}
+
+orvexProfileData read(const QByteArray &bytes, QDataStream::Status &status)
+{
+    QDataStream in(bytes);
+    in.setVersion(10);
+    orvexProfileData profile;
+    in >> profile;
+    status = in.atEnd() ? in.status() : QDataStream::ReadCorruptData;
+    return profile;
+}
+
 } // namespace
 
-class tst_LoginData : public QObject
+class tst_Connection : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void initTestCase();
     void init();
     void serverName_data();
     void serverName();
@@ -73,15 +94,33 @@ private slots:
     void profileListFailures();
     void profileDialog_data();
     void profileDialog();
+    void wireOrderAndRoundTrip();
+    void cutOrHostileStreamsFail();
+    void lastProfileSelection_data();
+    void lastProfileSelection();
+    void acceptAndRejectStore_data();
+    void acceptAndRejectStore();
+    void germanTextsAndFlags(); // last: installs the German catalogue
+
+private:
+    QScopedPointer<QSettings> m_settings;
 };
 
-void tst_LoginData::init()
+void tst_Connection::initTestCase()
 {
-    QSettings(QStringLiteral("vantrel gmbh"), QStringLiteral("orvexlogin")).clear();
+    QStandardPaths::setTestModeEnabled(true);
+    m_settings.reset(new QSettings(QStringLiteral("vantrel gmbh"), QStringLiteral("orvexlogin")));
+    QVERIFY(m_settings->fileName().contains(QStringLiteral(".qttest")));
+}
+
+void tst_Connection::init()
+{
+    m_settings->clear();
+    m_settings->sync();
     orvexLoginData::setServerNameOverride(FakeConnectionManager::uniqueName()); // nobody there
 }
 
-void tst_LoginData::serverName_data()
+void tst_Connection::serverName_data()
 {
     QTest::addColumn<quint32>("uid");
     QTest::addColumn<QString>("name");
@@ -90,14 +129,14 @@ void tst_LoginData::serverName_data()
     QTest::newRow("lower-case hex") << 0xABCDEFu << "Orvex-abcdef";
 }
 
-void tst_LoginData::serverName()
+void tst_Connection::serverName()
 {
     QFETCH(quint32, uid);
     QFETCH(QString, name);
     QCOMPARE(orvexLoginData::serverNameForUser(uid), name);
 }
 
-void tst_LoginData::requestBytes_data()
+void tst_Connection::requestBytes_data()
 {
     QTest::addColumn<int>("request");
     QTest::addColumn<QByteArray>("reply");
@@ -113,7 +152,7 @@ void tst_LoginData::requestBytes_data()
         << QByteArray("GETPROFILES\r\n");
 }
 
-void tst_LoginData::requestBytes()
+void tst_Connection::requestBytes()
 {
     QFETCH(int, request);
     QFETCH(QByteArray, reply);
@@ -141,7 +180,7 @@ void tst_LoginData::requestBytes()
     QCOMPARE(manager.connectionCount(), 1);
 }
 
-void tst_LoginData::dndPortReplies_data()
+void tst_Connection::dndPortReplies_data()
 {
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<int>("port");
@@ -154,7 +193,7 @@ void tst_LoginData::dndPortReplies_data()
     QTest::newRow("hangs up without a word") << QByteArray() << 0;
 }
 
-void tst_LoginData::dndPortReplies()
+void tst_Connection::dndPortReplies()
 {
     QFETCH(QByteArray, reply);
     QFETCH(int, port);
@@ -167,7 +206,7 @@ void tst_LoginData::dndPortReplies()
     QVERIFY(clock.elapsed() < 20000); // a reply, or hanging up, ends the wait
 }
 
-void tst_LoginData::waitsEndAfterTheirRounds_data()
+void tst_Connection::waitsEndAfterTheirRounds_data()
 {
     QTest::addColumn<bool>("listing");
     QTest::addColumn<QByteArray>("reply");
@@ -176,7 +215,7 @@ void tst_LoginData::waitsEndAfterTheirRounds_data()
     QTest::newRow("block never complete: 501 rounds") << true << profileReply(kProfiles).left(40);
 }
 
-void tst_LoginData::waitsEndAfterTheirRounds()
+void tst_Connection::waitsEndAfterTheirRounds()
 {
     QFETCH(bool, listing);
     QFETCH(QByteArray, reply);
@@ -201,7 +240,7 @@ void tst_LoginData::waitsEndAfterTheirRounds()
     QVERIFY2(elapsed >= (manager ? 2400 : 0) && elapsed < 30000, qPrintable(QString::number(elapsed)));
 }
 
-void tst_LoginData::profileListFailures_data()
+void tst_Connection::profileListFailures_data()
 {
     QTest::addColumn<QByteArray>("reply");
     const QByteArray good = profileReply(kProfiles);
@@ -213,7 +252,7 @@ void tst_LoginData::profileListFailures_data()
     QTest::newRow("text instead of a stream") << QByteArray("ERROR: no profiles\n");
 }
 
-void tst_LoginData::profileListFailures()
+void tst_Connection::profileListFailures()
 {
     QFETCH(QByteArray, reply);
     FakeConnectionManager manager;
@@ -227,7 +266,7 @@ void tst_LoginData::profileListFailures()
     QCOMPARE(profile, orvexProfileData());
 }
 
-void tst_LoginData::profileDialog_data()
+void tst_Connection::profileDialog_data()
 {
     QTest::addColumn<QByteArray>("reply"); // "none": no Connection Manager
     QTest::addColumn<bool>("asked");
@@ -240,7 +279,7 @@ void tst_LoginData::profileDialog_data()
         << "The profile information could not be loaded. Trying to start the Connection Manager...";
 }
 
-void tst_LoginData::profileDialog()
+void tst_Connection::profileDialog()
 {
     QFETCH(QByteArray, reply);
     QFETCH(bool, asked);
@@ -270,5 +309,124 @@ void tst_LoginData::profileDialog()
         QCOMPARE(manager->connectionCount(), 1);
 }
 
-QTEST_MAIN(tst_LoginData)
-#include "tst_logindata.moc"
+void tst_Connection::wireOrderAndRoundTrip()
+{
+    for (const orvexProfileData &p : {orvexProfileData(), fullProfile()}) {
+        // The documented order, written item by item.
+        const QByteArray expected = stream10([&](QDataStream &out) {
+            out << qint64(p.id) << p.name << p.description << p.serverHost << p.archiveName
+                << p.userName << p.active << p.archives << qint64(p.serverPort) << p.shortcut
+                << p.domain << p.language << p.color << p.dataPath << p.roles << p.options;
+        });
+        QCOMPARE(stream10([&](QDataStream &out) { out << p; }), expected);
+        QDataStream::Status status;
+        QCOMPARE(read(expected, status), p);
+        QCOMPARE(status, QDataStream::Ok);
+    }
+}
+
+void tst_Connection::cutOrHostileStreamsFail()
+{
+    const QByteArray bytes = stream10([](QDataStream &out) { out << fullProfile(); });
+    QDataStream::Status status;
+    for (int length = 0; length < bytes.size(); ++length) {
+        read(bytes.left(length), status);
+        QVERIFY2(status != QDataStream::Ok, qPrintable(QString::number(length)));
+    }
+    // Counts far beyond the bytes left must not be allocated up front.
+    const QByteArray head = stream10([](QDataStream &out) {
+        out << qint64(1) << QString() << QString() << QString() << QString() << QString() << false;
+    });
+    for (const QByteArray &tail : {stream10([](QDataStream &out) { out << quint32(0x7FFFFFFF); }),
+                                   stream10([](QDataStream &out) {
+                                       out << QStringList() << qint64(0) << quint32(0x7FFFFFFF);
+                                   })}) {
+        read(head + tail + QByteArray(8, '\0'), status);
+        QVERIFY(status != QDataStream::Ok);
+    }
+}
+
+void tst_Connection::lastProfileSelection_data()
+{
+    QTest::addColumn<QString>("remembered");
+    QTest::addColumn<int>("index");
+    QTest::newRow("nothing remembered") << QString() << 0;
+    QTest::newRow("remembered and listed") << "Produktion" << 1;
+    QTest::newRow("no longer listed") << "Alt" << 0;
+    QTest::newRow("case differs") << "produktion" << 0;
+}
+
+void tst_Connection::lastProfileSelection()
+{
+    QFETCH(QString, remembered);
+    QFETCH(int, index);
+    if (!remembered.isNull())
+        m_settings->setValue(QStringLiteral("lastProfile"), remembered);
+    m_settings->sync();
+    orvexLoginDialog dialog(nullptr, false);
+    QCOMPARE(dialog.getProfileIndex(), -1);
+    dialog.setProfiles({QStringLiteral("Test"), QStringLiteral("Produktion"), QStringLiteral("Produktion alt")});
+    QCOMPARE(dialog.getProfileIndex(), index);
+}
+
+void tst_Connection::acceptAndRejectStore_data()
+{
+    QTest::addColumn<bool>("remember");
+    QTest::addColumn<bool>("accept");
+    QTest::newRow("accept, geometry remembered") << true << true;
+    QTest::newRow("accept, geometry not remembered") << false << true;
+    QTest::newRow("cancel, geometry remembered") << true << false;
+    QTest::newRow("cancel, geometry not remembered") << false << false;
+}
+
+void tst_Connection::acceptAndRejectStore()
+{
+    QFETCH(bool, remember);
+    QFETCH(bool, accept);
+    const QRect earlier(40, 50, 480, 260);
+    {
+        orvexLoginDialog dialog(nullptr, true);
+        dialog.setGeometry(earlier);
+        m_settings->setValue(QStringLiteral("geometry"), dialog.saveGeometry());
+    }
+    const QByteArray stored = m_settings->value(QStringLiteral("geometry")).toByteArray();
+    m_settings->setValue(QStringLiteral("lastProfile"), QStringLiteral("Test"));
+    m_settings->sync();
+
+    orvexLoginDialog dialog(nullptr, remember);
+    dialog.setProfiles({QStringLiteral("Test"), QStringLiteral("Produktion")});
+    dialog.findChild<QComboBox *>()->setCurrentIndex(1);
+    QSize seen;
+    ModalAnswerer answer([&seen, accept](QWidget *modal) {
+        seen = modal->size();
+        modal->resize(300, 120);
+        accept ? qobject_cast<QDialog *>(modal)->accept() : qobject_cast<QDialog *>(modal)->reject();
+    });
+    QCOMPARE(dialog.exec(), accept ? int(QDialog::Accepted) : int(QDialog::Rejected));
+    QCOMPARE(seen == earlier.size(), remember); // exec restores only when remembering
+
+    m_settings->sync();
+    QCOMPARE(m_settings->value(QStringLiteral("lastProfile")).toString(),
+             accept ? QStringLiteral("Produktion") : QStringLiteral("Test"));
+    QCOMPARE(m_settings->value(QStringLiteral("geometry")).toByteArray() == stored, !remember);
+}
+
+void tst_Connection::germanTextsAndFlags()
+{
+    QWidget parent;
+    QPixmap icon(8, 8);
+    icon.fill(Qt::red);
+    parent.setWindowIcon(QIcon(icon));
+    orvexLoginDialog dialog(&parent, false); // made before: retranslated on the change event
+    QVERIFY(dialog.windowFlags().testFlag(Qt::WindowStaysOnTopHint) && !dialog.windowIcon().isNull());
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Orvex - Login"));
+    QVERIFY(OrvexTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+    QTRY_COMPARE(dialog.windowTitle(), QStringLiteral("Orvex - Anmeldung"));
+    QCOMPARE(dialog.findChild<QLabel *>()->text(), QStringLiteral("Profil wählen:"));
+    QCOMPARE(QCoreApplication::translate("orvexLoginData",
+                 "The profile information could not be loaded. Please start the Connection Manager!"),
+             QStringLiteral("Die Profilinformationen konnten nicht geladen werden. Bitte starten Sie den Connection Manager!"));
+}
+
+QTEST_MAIN(tst_Connection)
+#include "tst_connection.moc"
