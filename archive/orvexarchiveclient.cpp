@@ -570,9 +570,12 @@ bool OrvexArchiveClient::deleteDocument(QString docId, QStringList options)
     if (!m_store->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
         return fail(QStringLiteral("%1 may not delete documents").arg(acting));
     QString error;
-    if (!m_store->write([&](QSqlDatabase &db, QString &stepError) { return m_store->removeDocument(db, id, stepError); },
-                        &error))
+    QStringList files;
+    if (!m_store->write([&](QSqlDatabase &db, QString &stepError) {
+            return m_store->removeDocument(db, id, files, stepError);
+        }, &error))
         return fail(error);
+    m_store->removeDocumentFiles(id, files);
     emit documentsChanged();
     return true;
 }

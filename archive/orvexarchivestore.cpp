@@ -609,7 +609,7 @@ qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourceP
     return docId;
 }
 
-bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QString &error)
+bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error)
 {
     QSqlQuery files(db);
     files.prepare(QStringLiteral("SELECT file FROM versions WHERE doc_id = ?"));
@@ -628,10 +628,14 @@ bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStrin
         if (!exec(query, error))
             return false;
     }
-    // Files go last: a failed statement above leaves them in place for the rollback.
-    for (const QString &path : qAsConst(paths))
+    filesToRemove << paths;
+    return true;
+}
+
+void OrvexArchiveStore::removeDocumentFiles(qlonglong docId, const QStringList &files)
+{
+    for (const QString &path : files)
         QFile::remove(path);
     QDir(filesPath()).rmdir(QString::number(docId));
     QDir(cachePath() + QStringLiteral("/thumbs/") + QString::number(docId)).removeRecursively();
-    return true;
 }

@@ -92,8 +92,10 @@ public:
     static QVariant text(const QString &value);
     static QString sha256Hex(const QByteArray &bytes);
     static QString passwordHash(const QString &user, const QString &password);
-    // Removes a document's files and rows inside the caller's transaction.
-    bool removeDocument(QSqlDatabase &db, qlonglong docId, QString &error);
+    // Removes a document's rows inside the caller's transaction and names its
+    // files, which removeDocumentFiles() deletes once the transaction is committed.
+    bool removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error);
+    void removeDocumentFiles(qlonglong docId, const QStringList &files);
 
 signals:
     void documentsChanged();
