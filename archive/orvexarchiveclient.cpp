@@ -12,8 +12,6 @@
 #include <QFileInfo>
 #include <QHostInfo>
 #include <QImage>
-#include <QPainter>
-#include <QPainterPath>
 #include <QSaveFile>
 #include <QSet>
 #include <QSqlDatabase>
@@ -75,27 +73,11 @@ OrvexArchiveClient::~OrvexArchiveClient()
 
 QByteArray OrvexArchiveClient::notAuthorisedImage()
 {
-    // Drawn from shapes only, so it needs no fonts and its bytes never change.
+    // A file of fixed bytes, so that its fingerprint does not depend on the
+    // PNG encoder of the machine.
     static const QByteArray bytes = [] {
-        QImage image(300, 400, QImage::Format_RGB32);
-        image.fill(QColor(0xe0, 0xe0, 0xe0));
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing, false);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(0x31, 0x8f, 0xcb));
-        painter.drawRect(95, 180, 110, 90); // lock body
-        painter.setBrush(Qt::NoBrush);
-        QPen shackle(QColor(0x31, 0x8f, 0xcb), 16);
-        shackle.setCapStyle(Qt::FlatCap);
-        painter.setPen(shackle);
-        painter.drawLine(120, 180, 120, 140);
-        painter.drawLine(180, 180, 180, 140);
-        painter.drawLine(120, 132, 180, 132);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(Qt::white);
-        painter.drawRect(144, 210, 12, 34); // key hole
-        painter.end();
-        return pngBytes(image);
+        QFile file(QStringLiteral(":/orvexarchive/notauthorised.png"));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }();
     return bytes;
 }
