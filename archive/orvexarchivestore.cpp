@@ -520,7 +520,10 @@ qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourceP
             return 0;
     } else {
         QSqlQuery next(db);
-        if (!next.exec(QStringLiteral("SELECT COALESCE(MAX(id), 1000) + 1, COALESCE(MAX(docs_id), 5000) + 1 FROM documents"))
+        // Entry numbers of clipboard entries may have been given by a host; a new
+        // document's own entry number must not take one of theirs.
+        if (!next.exec(QStringLiteral("SELECT COALESCE(MAX(id), 1000) + 1, MAX(COALESCE(MAX(docs_id), 5000), "
+                                      "(SELECT COALESCE(MAX(docs_id), 0) FROM clipboard_entries)) + 1 FROM documents"))
             || !next.next()) {
             error = next.lastError().text();
             return 0;

@@ -996,6 +996,10 @@ void tst_Archive::uploadWithoutDuplicates()
     QSignalSpy totals(c, &kelArchiveClientInterface::totalFileSize);
     QSignalSpy ended(c, &kelArchiveClientInterface::saveDocEnd);
     QSignalSpy changed(&m_archive, &OrvexArchive::documentsChanged);
+    // A host-given entry number right after the documents' own ones.
+    const qlonglong takenDocsId = m_archive.documents().last().docsId + 1;
+    const QString numbering = classify()->createClipboard(QStringLiteral("test numbering"));
+    QVERIFY(classify()->addToClipboard(numbering, QString::number(document(0).id), QString::number(takenDocsId)));
     QString uploadId;
     QVERIFY2(c->sendFile(path, uploadId), qPrintable(c->getLastError()));
     QVERIFY(!uploadId.isEmpty());
@@ -1011,6 +1015,11 @@ void tst_Archive::uploadWithoutDuplicates()
     QCOMPARE(m_archive.documents().size(), before + 1);
     QCOMPARE(m_archive.documents().last().id, id);
     QCOMPARE(m_archive.documents().last().fileName, QFileInfo(path).fileName());
+    // Regression: the new document's entry number is not one a clipboard entry already uses.
+    QVERIFY(m_archive.documents().last().docsId != takenDocsId);
+    QCOMPARE(classify()->searchDocuments({QStringLiteral("docs_id in (%1)").arg(takenDocsId)}).value(1).section(QLatin1Char('#'), 0, 0),
+             QString::number(document(0).id));
+    QVERIFY(classify()->removeClipboard(numbering));
     QCOMPARE(changed.size(), 1);
     // Its text is searchable at once, and it is not pending any more.
     QCOMPARE(c->searchDocs(QStringLiteral("Zebrastreifen")), QStringList{QString::number(id)});
