@@ -26,6 +26,12 @@ class QSqlDatabase;
 // (document, version, page, size) in the archive's cache folder. A document the
 // user may not read gives an empty answer for a card; the duplicate check
 // (option1 == 9) gets notAuthorisedImage() instead.
+//
+// checkDuplicates() answers [upload id] when nothing matches; otherwise
+// [upload id, N, N x "page<i>;<base64 PNG of upload page i>", then one
+// "docId;version;page;content|page;page<i>" line per archived page that equals
+// upload page i by file content or by page image]. A file that cannot be
+// archived (a damaged PDF) gives an empty answer and its upload is discarded.
 class ORVEXARCHIVE_EXPORT OrvexArchiveClient : public kelArchiveClientInterface
 {
     Q_OBJECT
