@@ -519,16 +519,24 @@ QString OrvexArchiveWorker::getNewFileName(QString filePath, QMap<QString, QStri
     if (name.endsWith(dotSuffix))
         base.remove(dotSuffix); // every occurrence, not only the last
 
+    // The fetched file itself does not block its own name.
+    const QString self = info.canonicalFilePath();
+    const auto taken = [&self](const QString &path) {
+        const QFileInfo other(path);
+        return other.exists() && (self.isEmpty() || other.canonicalFilePath() != self);
+    };
     QString candidate = dir + base;
     int counter = 0;
     do {
         ++counter;
-        if (QFileInfo::exists(candidate + dotSuffix))
+        if (taken(candidate + dotSuffix))
             candidate = dir + base + QLatin1Char('_') + QString::number(counter);
-    } while (QFileInfo::exists(candidate + dotSuffix));
+    } while (taken(candidate + dotSuffix));
 
     const QString result = candidate + dotSuffix;
     if (!rename)
+        return result;
+    if (!self.isEmpty() && QFileInfo(result).canonicalFilePath() == self)
         return result;
     if (QFile::rename(filePath, getShortPathName(result)))
         return result;

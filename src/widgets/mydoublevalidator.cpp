@@ -32,6 +32,9 @@ double MyDoubleValidator::toDouble(const QString &text, bool *ok)
 QValidator::State MyDoubleValidator::validate(QString &input, int &pos) const
 {
     Q_UNUSED(pos)
+    // An empty field is a cleared value, not a number still being typed.
+    if (input.isEmpty())
+        return Acceptable;
     static const QRegularExpression partial(QStringLiteral("^[+-]?\\d*([.,](\\d*))?$"));
     const QRegularExpressionMatch match = partial.match(input);
     if (!match.hasMatch())

@@ -8,7 +8,8 @@
 // decimal separator whatever the locale, refuses letters and exponents, and
 // refuses a keystroke that can no longer lead into the range (too many
 // decimals, a minus sign when negative numbers are out of range, a number
-// already beyond the range in magnitude).
+// already beyond the range in magnitude). An empty field is acceptable: it
+// clears the value.
 class ORVEXWORKBENCH_EXPORT MyDoubleValidator : public QDoubleValidator
 {
     Q_OBJECT
