@@ -9,6 +9,9 @@
 
 namespace {
 
+const char *const kMissingDir = QT_TRANSLATE_NOOP("OrvexDirUtils", "Directory (%1) does not exist.");
+const char *const kNotDeleted = QT_TRANSLATE_NOOP("OrvexDirUtils", "File (%1) could not be deleted.");
+
 QString trUtil(const char *text)
 {
     return QCoreApplication::translate("OrvexDirUtils", text);
@@ -38,7 +41,7 @@ bool removeCompleteDir(const QString &dir, QString &error)
 {
     QDir directory(dir);
     if (!directory.exists()) {
-        error = trUtil("Directory (%1) does not exist.").arg(dir);
+        error = trUtil(kMissingDir).arg(dir);
         return false;
     }
     const QFileInfoList entries = entriesOf(dir);
@@ -48,7 +51,7 @@ bool removeCompleteDir(const QString &dir, QString &error)
             if (!removeCompleteDir(entry.absoluteFilePath(), error))
                 return false;
         } else if (!QFile::remove(entry.absoluteFilePath())) {
-            error = trUtil("File (%1) could not be deleted.").arg(entry.absoluteFilePath());
+            error = trUtil(kNotDeleted).arg(entry.absoluteFilePath());
             return false;
         }
     }
@@ -59,7 +62,7 @@ bool copyCompleteDir(const QString &source, const QString &target)
 {
     bool result = QDir(source).exists();
     if (!result) {
-        const QString error = trUtil("Directory (%1) does not exist.").arg(source);
+        const QString error = trUtil(kMissingDir).arg(source);
         orvexDebug() << " Fehler beim Kopie: " << error;
         return false;
     }
@@ -78,7 +81,7 @@ bool copyCompleteDir(const QString &source, const QString &target)
             result = QFile::copy(entry.absoluteFilePath(), target + QLatin1Char('/') + entry.fileName());
             if (!result) {
                 // The wording for a failed copy is the one the deletion uses.
-                const QString error = trUtil("File (%1) could not be deleted.").arg(entry.absoluteFilePath());
+                const QString error = trUtil(kNotDeleted).arg(entry.absoluteFilePath());
                 orvexDebug() << " Fehler beim Kopie: " << error;
             }
         }

@@ -1,6 +1,8 @@
 // The transfer progress dialog: its arithmetic and how it reacts to the
 // client's byte counts.
+#include "dmsmailnames.h"
 #include "orvexfilecopy.h"
+#include "orvextranslations.h"
 
 #include <QLabel>
 #include <QProgressBar>
@@ -25,6 +27,7 @@ private slots:
     void numericOverloadsAndBadText();
     void copyFinishedReturnsToBusy();
     void cancelButtonAndCloseEmit();
+    void germanCatalogue(); // last: installs a translator for the rest of the process
 
 private:
     static QProgressBar *bar(OrvexFileCopy &d, const char *name) { return d.findChild<QProgressBar *>(QLatin1String(name)); }
@@ -196,6 +199,18 @@ void tst_FileCopy::cancelButtonAndCloseEmit()
     QCOMPARE(spy.count(), 2);
     QCOMPARE(rejected.count(), 1);
     QVERIFY(!dialog.isVisible());
+}
+
+void tst_FileCopy::germanCatalogue()
+{
+    QVERIFY(OrvexTranslations::install(QLocale(QLocale::German)));
+    OrvexFileCopy dialog;
+    QCOMPARE(cancel(dialog)->text(), QStringLiteral("&Abbrechen"));
+    QCOMPARE(label(dialog, "m_Speed")->text(), QStringLiteral("Starte..."));
+    dialog.copyFinished();
+    QCOMPARE(label(dialog, "m_Text")->text(), QStringLiteral("Dokument gesendet. Warte auf Bestätigung..."));
+    dmsmailnames names;
+    QCOMPARE(names.windowTitle(), QStringLiteral("Dokumente senden..."));
 }
 
 QTEST_MAIN(tst_FileCopy)
