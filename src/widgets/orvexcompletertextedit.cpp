@@ -114,9 +114,11 @@ void orvexcompletertextedit::focusInEvent(QFocusEvent *event)
 void orvexcompletertextedit::focusOutEvent(QFocusEvent *event)
 {
     QTextEdit::focusOutEvent(event);
-    // The popup takes the focus while it is open; that is no end of editing.
-    if (m_completer && m_completer->popup()->isVisible())
+    // Opening a popup (the completions, a context menu) is no end of editing.
+    if (event->reason() == Qt::PopupFocusReason)
         return;
+    if (m_completer)
+        m_completer->popup()->hide();
     emit editingFinished();
 }
 
