@@ -553,8 +553,8 @@ QString OrvexArchiveWorker::getOfflineFileName(QString filePath, QString remark,
         result += QString::number(version) + QLatin1Char('_');
     if (!remark.isEmpty())
         result += remark;
-    // The caller appends the extension of the fetched file.
-    Q_UNUSED(QFileInfo(filePath).suffix());
+    // No extension here: the caller appends the one of the fetched file.
+    Q_UNUSED(filePath)
     static const QRegularExpression illegal(QStringLiteral("[^a-zA-Z0-9äüöÄÜÖß._-]"));
     result.remove(illegal);
     result = result.trimmed();
