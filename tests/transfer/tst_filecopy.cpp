@@ -22,7 +22,6 @@ private slots:
     void startsBusyWithCancelDisabled();
     void tinyTotalsShowNothing_data();
     void tinyTotalsShowNothing();
-    void progressWithinTenMillisecondsIsNotShown();
     void measuredProgressEnablesCancelAndCountsFiles();
     void copyFinishedReturnsToBusy();
     void cancelButtonAndCloseEmit();
@@ -125,19 +124,6 @@ void tst_FileCopy::tinyTotalsShowNothing()
     QVERIFY(!cancel(dialog)->isEnabled());
 }
 
-void tst_FileCopy::progressWithinTenMillisecondsIsNotShown()
-{
-    OrvexFileCopy dialog;
-    dialog.setProgressMax(QStringLiteral("1000"));
-    QElapsedTimer clock;
-    clock.start();
-    dialog.setProgressValue(QStringLiteral("500"));
-    if (clock.elapsed() > 10)
-        QSKIP("the machine was too slow to stay within 10 ms");
-    QCOMPARE(bar(dialog, "m_Progress")->value(), 0);
-    QVERIFY(!cancel(dialog)->isEnabled());
-}
-
 void tst_FileCopy::measuredProgressEnablesCancelAndCountsFiles()
 {
     OrvexFileCopy dialog;
@@ -145,6 +131,11 @@ void tst_FileCopy::measuredProgressEnablesCancelAndCountsFiles()
     dialog.setTotalValue(5);
     dialog.setFinishedFilesCount(2);
     dialog.setProgressMax(QStringLiteral("1000"));
+    QElapsedTimer clock;
+    clock.start();
+    dialog.setProgressValue(QStringLiteral("100"));
+    if (clock.elapsed() <= 10) // within the first 10 ms progress is stored, not shown
+        QCOMPARE(bar(dialog, "m_Progress")->value(), 0);
     QTest::qWait(30);
     dialog.setProgressValue(QStringLiteral("250"));
     QCOMPARE(bar(dialog, "m_Progress")->value(), 25);
