@@ -28,6 +28,8 @@ demo: build
 # Qt Linguist (linguist translations/orvexworkbench_de.ts) and commit them.
 translations:
 	lupdate -no-obsolete -locations none src -ts translations/orvexworkbench_de.ts
+	lupdate -no-obsolete -locations none host -ts translations/orvexhost_de.ts
+	lupdate -no-obsolete -locations none -pluralonly host -ts translations/orvexhost_en.ts
 
 clean:
 	rm -rf $(BUILD_DIR)
