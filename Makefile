@@ -21,8 +21,9 @@ build: configure
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
+# Extra host options: make demo DEMO_ARGS="--archive /tmp/my-archive"
 demo: build
-	@sh tools/demo.sh $(BUILD_DIR)
+	@sh tools/demo.sh $(BUILD_DIR) $(DEMO_ARGS)
 
 # Refreshes the catalogues from the sources; translate the new entries with
 # Qt Linguist (linguist translations/orvexworkbench_de.ts) and commit them.
