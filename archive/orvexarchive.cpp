@@ -5,6 +5,7 @@
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
 
+#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>

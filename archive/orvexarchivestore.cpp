@@ -139,6 +139,11 @@ QString OrvexArchiveStore::operatingSystemUser()
     return QStringLiteral("user");
 }
 
+QVariant OrvexArchiveStore::text(const QString &value)
+{
+    return value.isNull() ? QVariant(QLatin1String("")) : QVariant(value);
+}
+
 QString OrvexArchiveStore::sha256Hex(const QByteArray &bytes)
 {
     return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
@@ -198,53 +203,71 @@ QSqlDatabase OrvexArchiveStore::database(QString *error)
 
 bool OrvexArchiveStore::open(const QString &folder, bool createSample, QString *error)
 {
-    QString message;
-    const auto fail = [&](const QString &text) {
-        message = text;
-        if (error)
-            *error = message;
-        closeAll();
-        m_folder.clear();
-        return false;
-    };
     closeAll();
-    if (folder.trimmed().isEmpty())
-        return fail(QStringLiteral("No archive folder given"));
+    QString message;
+    if (openFolder(folder, createSample, message))
+        return true;
+    // Connections go only after the last QSqlDatabase handle of openFolder is gone.
+    closeAll();
+    m_folder.clear();
+    if (error)
+        *error = message;
+    return false;
+}
+
+bool OrvexArchiveStore::openFolder(const QString &folder, bool createSample, QString &error)
+{
+    if (folder.trimmed().isEmpty()) {
+        error = QStringLiteral("No archive folder given");
+        return false;
+    }
     QDir dir(folder);
     m_folder = dir.absolutePath();
+    if (QFileInfo(m_folder).exists() && !QFileInfo(m_folder).isDir()) {
+        error = QStringLiteral("%1 is not a folder").arg(m_folder);
+        return false;
+    }
     const bool exists = QFileInfo::exists(databasePath());
     if (!exists) {
-        if (dir.exists() && !dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden))
-            return fail(QStringLiteral("The archive database is missing: %1 holds files but no %2")
-                            .arg(m_folder, kDatabaseFile));
-        if (!QDir().mkpath(m_folder))
-            return fail(QStringLiteral("Cannot create the archive folder %1").arg(m_folder));
+        if (dir.exists() && !dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
+            error = QStringLiteral("The archive database is missing: %1 holds files but no %2").arg(m_folder, kDatabaseFile);
+            return false;
+        }
+        if (!QDir().mkpath(m_folder)) {
+            error = QStringLiteral("Cannot create the archive folder %1").arg(m_folder);
+            return false;
+        }
     } else if (!QFileInfo(databasePath()).isFile()) {
-        return fail(QStringLiteral("%1 is not a database file").arg(databasePath()));
+        error = QStringLiteral("%1 is not a database file").arg(databasePath());
+        return false;
     }
     for (const QString &sub : {filesPath(), cachePath(), uploadsPath()}) {
-        if (!QFileInfo(sub).isDir() && !QDir().mkpath(sub))
-            return fail(QStringLiteral("Cannot create the folder %1").arg(sub));
+        if (!QFileInfo(sub).isDir() && !QDir().mkpath(sub)) {
+            error = QStringLiteral("Cannot create the folder %1").arg(sub);
+            return false;
+        }
     }
 
-    QString openError;
-    QSqlDatabase db = connect(m_connectionPrefix + QString::number(threadSerial()), !exists, openError);
-    if (!db.isOpen())
-        return fail(openError);
-    if (!exists && !execText(db, QStringLiteral("PRAGMA journal_mode = WAL"), openError))
-        return fail(QStringLiteral("Cannot set up the archive database: %1").arg(openError));
-
-    m_open = true;
-    QString migrateError;
-    if (!migrate(db, migrateError))
-        return fail(migrateError);
-
-    if (!exists && !write(&OrvexSampleArchive::seed, &migrateError))
-        return fail(QStringLiteral("Cannot set up the new archive: %1").arg(migrateError));
-    if (!exists && createSample) {
-        QString sampleError;
-        if (!OrvexSampleArchive::create(*this, &sampleError))
-            return fail(QStringLiteral("Cannot create the sample archive: %1").arg(sampleError));
+    {
+        QSqlDatabase db = connect(m_connectionPrefix + QString::number(threadSerial()), !exists, error);
+        if (!db.isOpen())
+            return false;
+        QString setupError;
+        if (!exists && !execText(db, QStringLiteral("PRAGMA journal_mode = WAL"), setupError)) {
+            error = QStringLiteral("Cannot set up the archive database: %1").arg(setupError);
+            return false;
+        }
+        m_open = true;
+        if (!migrate(db, error))
+            return false;
+    }
+    if (!exists && !write(&OrvexSampleArchive::seed, &error)) {
+        error = QStringLiteral("Cannot set up the new archive: %1").arg(error);
+        return false;
+    }
+    if (!exists && createSample && !OrvexSampleArchive::create(*this, &error)) {
+        error = QStringLiteral("Cannot create the sample archive: %1").arg(error);
+        return false;
     }
     return true;
 }

@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QSqlDatabase>
 #include <QString>
+#include <QVariant>
 #include <functional>
 
 class QSqlQuery;
@@ -79,6 +80,8 @@ public:
     static constexpr int PageHashTolerance = 6;
 
     static QString operatingSystemUser();
+    // SQLite stores a null QString as NULL; texts that may be empty go through this.
+    static QVariant text(const QString &value);
     static QString sha256Hex(const QByteArray &bytes);
     static QString passwordHash(const QString &user, const QString &password);
     // Removes a document's files and rows inside the caller's transaction.
@@ -88,6 +91,7 @@ signals:
     void documentsChanged();
 
 private:
+    bool openFolder(const QString &folder, bool createSample, QString &error);
     bool migrate(QSqlDatabase &db, QString &error);
     QSqlDatabase connect(const QString &name, bool create, QString &error);
     void closeAll();

@@ -607,7 +607,7 @@ bool OrvexClassifyClient::setClipboardComment(QString clipboardId, QString docsI
             return false;
         QSqlQuery update(db);
         update.prepare(QStringLiteral("UPDATE clipboard_entries SET note = ? WHERE clipboard = ? AND docs_id = ?"));
-        update.addBindValue(text);
+        update.addBindValue(OrvexArchiveStore::text(text));
         update.addBindValue(clipboardId);
         update.addBindValue(entry);
         if (!exec(update, error))

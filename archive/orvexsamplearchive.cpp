@@ -81,7 +81,8 @@ SampleDocument sample(int index)
     return d;
 }
 
-bool writePdf(const QString &path, const SampleDocument &d, int index, int version, QString &error)
+bool writePdf(const QString &path, const SampleDocument &d, int index, int version, QString &error,
+              const QString &extraPage = {})
 {
     QPdfWriter writer(path);
     writer.setTitle(d.title);
@@ -144,6 +145,11 @@ bool writePdf(const QString &path, const SampleDocument &d, int index, int versi
         painter.drawText(QRect(0, area.height() - 60, width, 50), Qt::AlignRight,
                          QStringLiteral("Orvex Archiv Beispieldokument %1").arg(index + 1));
     }
+    if (!extraPage.isEmpty()) {
+        writer.newPage();
+        painter.setFont(heading);
+        painter.drawText(QRect(0, 200, width, area.height() - 400), Qt::AlignLeft | Qt::TextWordWrap, extraPage);
+    }
     if (!painter.end()) {
         error = QStringLiteral("Cannot finish the sample PDF %1").arg(path);
         return false;
@@ -151,6 +157,20 @@ bool writePdf(const QString &path, const SampleDocument &d, int index, int versi
     return true;
 }
 } // namespace
+
+bool OrvexSampleArchive::writeSamplePdf(const QString &path, int index, int version, const QString &extraPage,
+                                        QString *error)
+{
+    QString message;
+    if (index < 0 || version < 1) {
+        message = QStringLiteral("No such sample document");
+    } else if (writePdf(path, sample(index), index, version, message, extraPage)) {
+        return true;
+    }
+    if (error)
+        *error = message;
+    return false;
+}
 
 bool OrvexSampleArchive::seed(QSqlDatabase &db, QString &error)
 {
@@ -268,7 +288,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
                 const qlonglong docId = ids.at(entry.first);
                 if (!run(db, QStringLiteral("INSERT INTO clipboard_entries(clipboard, docs_id, doc_id, note, position) "
                                             "SELECT ?, docs_id, id, ?, ? FROM documents WHERE id = ?"),
-                         {uuid, entry.second, ++position, docId}, stepError))
+                         {uuid, OrvexArchiveStore::text(entry.second), ++position, docId}, stepError))
                     return false;
             }
             return true;

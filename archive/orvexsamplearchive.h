@@ -26,4 +26,9 @@ public:
 
     // Needs a QGuiApplication (the PDFs are drawn with fonts).
     static bool create(OrvexArchiveStore &store, QString *error);
+
+    // Writes the PDF of sample document index (version from 1) as create() does;
+    // extraPage, when given, adds a last page with that text.
+    static bool writeSamplePdf(const QString &path, int index, int version, const QString &extraPage,
+                               QString *error);
 };
