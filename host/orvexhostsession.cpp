@@ -13,6 +13,7 @@ OrvexHostSession::OrvexHostSession() = default;
 OrvexHostSession::~OrvexHostSession()
 {
     m_window.reset();
+    m_workbench.reset();
     m_archive.reset();
 }
 
@@ -40,18 +41,23 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
 
     if (!m_loader.load(options.pluginFile))
         return fail(OrvexHostExitCode::PluginFailed, m_loader.errorString());
+    // The loader's root object lives as long as the process and remembers its
+    // dock; a session of its own works on a fresh instance that it owns.
+    m_workbench.reset(m_loader.plugin()->createInstance());
+    if (!m_workbench)
+        return fail(OrvexHostExitCode::PluginFailed, tr("The workbench plugin made no instance of itself."));
 
     m_window = std::make_unique<OrvexHostWindow>();
     m_window->setArchiveFolder(m_archive->folder());
     m_window->setUserName(m_archive->user());
     refreshDocuments();
-    m_window->installWorkbench(m_loader.plugin(), m_archive->classifyClient(), m_archive->archiveClient(),
+    m_window->installWorkbench(m_workbench.get(), m_archive->classifyClient(), m_archive->archiveClient(),
                                m_archive->connectionValues());
 
     QObject::connect(m_archive.get(), &OrvexArchive::documentsChanged, m_window.get(), [this] {
         refreshDocuments();
         // The plugin's light refresh: the clipboards may show changed documents.
-        m_loader.plugin()->setCurrentDocIds({}, {});
+        m_workbench->setCurrentDocIds({}, {});
     });
     QObject::connect(m_window.get(), &OrvexHostWindow::reloadRequested, m_window.get(),
                      [this] { refreshDocuments(); });

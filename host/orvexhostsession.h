@@ -11,6 +11,7 @@
 class OrvexArchive;
 class OrvexHostOptions;
 class OrvexHostWindow;
+class TavloDocPluginInterface;
 
 // One run of the host: the archive, the workbench plugin and the main window,
 // set up in the order a host of the plugin follows, and torn down in reverse
@@ -40,6 +41,7 @@ private:
 
     std::unique_ptr<OrvexArchive> m_archive;
     OrvexWorkbenchLoader m_loader;
+    std::unique_ptr<TavloDocPluginInterface> m_workbench;
     std::unique_ptr<OrvexHostWindow> m_window;
     OrvexHostExitCode m_failure = OrvexHostExitCode::Ok;
     QString m_error;

@@ -173,6 +173,10 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
         <source>The archive in %1 could not be opened: %2</source>
         <translation>Das Archiv in %1 konnte nicht geöffnet werden: %2</translation>
     </message>
+    <message>
+        <source>The workbench plugin made no instance of itself.</source>
+        <translation>Das Zwischenablage-Plugin hat keine Instanz von sich erzeugt.</translation>
+    </message>
 </context>
 <context>
     <name>OrvexHostWindow</name>
