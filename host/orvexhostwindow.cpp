@@ -14,6 +14,9 @@
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcHost, "orvex.host")
 
 OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     : QMainWindow(parent)
@@ -82,6 +85,8 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
 {
     m_workbench = plugin;
     connect(plugin, &TavloDocPluginInterface::doCommand, this, &OrvexHostWindow::carryOutWorkbenchCommand);
+    connect(plugin, &TavloDocPluginInterface::requestCurrentDocIds, this, &OrvexHostWindow::sendCurrentDocIds);
+    connect(plugin, &TavloDocPluginInterface::refreshParent, this, &OrvexHostWindow::reloadRequested);
     plugin->setArchiveClient(archiveClient);
     plugin->setClassifyClient(classifyClient);
     plugin->setArchiveData(connection.server, connection.port, connection.login1, connection.login2,
@@ -107,6 +112,20 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
         ui->menuView->addActions(pluginActions);
     }
     return m_workbenchDock;
+}
+
+void OrvexHostWindow::sendCurrentDocIds()
+{
+    if (!m_workbench)
+        return;
+    QList<int> docIds;
+    QList<int> docsIds;
+    const QModelIndexList rows = ui->m_documentView->selectionModel()->selectedRows();
+    for (const QModelIndex &index : rows) {
+        docIds << int(index.data(OrvexDocumentListModel::DocumentIdRole).toLongLong());
+        docsIds << int(index.data(OrvexDocumentListModel::DocsIdRole).toLongLong());
+    }
+    m_workbench->setCurrentDocIds(docIds, docsIds);
 }
 
 QList<qlonglong> OrvexHostWindow::selectedDocumentIds() const
@@ -136,7 +155,8 @@ void OrvexHostWindow::selectDocuments(const QList<qlonglong> &ids)
 void OrvexHostWindow::carryOutWorkbenchCommand(const QString &command, const QStringList &args)
 {
     // None of the commands is carried out by this host yet; the message stays
-    // until the next one replaces it.
+    // until the next one replaces it, and the log keeps every one.
+    qCInfo(lcHost).noquote() << "COMMAND" << command << args.join(QStringLiteral(", "));
     statusBar()->showMessage(OrvexHostCommands::notAvailableMessage(command, args));
 }
 

@@ -44,7 +44,7 @@ public:
     void selectDocuments(const QList<qlonglong> &ids);
 
 signals:
-    // The user asked for a fresh document list (Reload).
+    // The user or the workbench asked for a fresh document list.
     void reloadRequested();
 
 public slots:
@@ -52,6 +52,8 @@ public slots:
     void carryOutWorkbenchCommand(const QString &command, const QStringList &args);
 
 private:
+    // The workbench asks which documents are selected (requestCurrentDocIds).
+    void sendCurrentDocIds();
     void updateDocumentCount();
     void reload();
 

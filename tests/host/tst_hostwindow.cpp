@@ -61,6 +61,8 @@ private slots:
     void filterEditFiltersTheList();
     void headerClickSortsByValue();
     void newDocumentsKeepTheSelection();
+    void workbenchAsksForTheSelection();
+    void workbenchAsksForARefresh();
     void reloadAsksForFreshDocuments();
     void loaderRefusesWhatIsNoWorkbench_data();
     void loaderRefusesWhatIsNoWorkbench();
@@ -257,6 +259,26 @@ void tst_HostWindow::newDocumentsKeepTheSelection()
     documents << doc(200, QStringLiteral("New"), QStringLiteral("Invoice"), 1);
     m_window->setDocuments(documents);
     QCOMPARE(m_window->selectedDocumentIds(), QList<qlonglong>{112});
+}
+
+void tst_HostWindow::workbenchAsksForTheSelection()
+{
+    installWorkbench();
+    m_window->show();
+    m_window->selectDocuments({10});
+    // The plugin answers the host's document selection with a light refresh
+    // of the clipboards, which asks the classification client again.
+    m_classify->log().clear();
+    emit m_plugin->requestCurrentDocIds();
+    QCOMPARE(m_classify->log().count(QStringLiteral("getClipboards")), 1);
+}
+
+void tst_HostWindow::workbenchAsksForARefresh()
+{
+    installWorkbench();
+    QSignalSpy reloads(m_window, &OrvexHostWindow::reloadRequested);
+    emit m_plugin->refreshParent();
+    QCOMPARE(reloads.count(), 1);
 }
 
 void tst_HostWindow::reloadAsksForFreshDocuments()
