@@ -38,14 +38,21 @@ int main(int argc, char *argv[])
     }
     session.window()->show();
 
+    bool screenshotDone = false;
     if (options.takesScreenshot()) {
         auto *job = new OrvexScreenshotJob(session.window(), session.window()->workbenchDock(),
                                            options.screenshotFile, options.timeoutSeconds * 1000, &app);
         QObject::connect(job, &OrvexScreenshotJob::finished, &app, [&](int code, const QString &message) {
+            screenshotDone = true;
             (code == 0 ? out : err) << "orvexhost: " << message << Qt::endl;
             QCoreApplication::exit(code);
         });
         job->start();
     }
-    return app.exec();
+    const int code = app.exec();
+    if (options.takesScreenshot() && !screenshotDone) {
+        err << "orvexhost: " << QCoreApplication::translate("OrvexScreenshotJob", "The window was closed before the screenshot.") << '\n';
+        return int(OrvexHostExitCode::ScreenshotFailed);
+    }
+    return code;
 }

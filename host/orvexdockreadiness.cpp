@@ -38,8 +38,10 @@ QString OrvexDockReadiness::boardFinishedScript()
 
 QString OrvexDockReadiness::pendingDescription() const
 {
-    if (!m_window || !m_dock)
+    if (!m_window)
         return tr("the window was closed");
+    if (!m_dock)
+        return tr("the workbench dock to be shown");
     if (!windowAndDockShown())
         return m_window->isVisible() ? tr("the workbench dock to be shown") : tr("the window to be shown");
     if (m_pendingBoards > 0)
