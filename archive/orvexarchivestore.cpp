@@ -175,7 +175,7 @@ QSqlDatabase OrvexArchiveStore::connect(const QString &name, bool create, QStrin
     QString pragmaError;
     if (!execText(db, QStringLiteral("PRAGMA foreign_keys = ON"), pragmaError)
         || !execText(db, QStringLiteral("PRAGMA synchronous = NORMAL"), pragmaError)) {
-        error = QStringLiteral("The archive database %1 cannot be used: %2").arg(databasePath(), pragmaError);
+        error = QStringLiteral("%1 is not an archive database or is damaged: %2").arg(databasePath(), pragmaError);
         db.close();
     }
     return db;

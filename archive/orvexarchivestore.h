@@ -76,8 +76,8 @@ public:
     qlonglong importFile(QSqlDatabase &db, const QString &sourcePath, const ImportOptions &options,
                          qlonglong newVersionOf, QStringList &createdFiles, QString &error);
 
-    // Hamming distance up to which two page hashes count as the same page.
-    static constexpr int PageHashTolerance = 6;
+    // Differing fingerprint pixels (of 16384) up to which two pages count as the same.
+    static constexpr int PageHashTolerance = 10;
 
     static QString operatingSystemUser();
     // SQLite stores a null QString as NULL; texts that may be empty go through this.

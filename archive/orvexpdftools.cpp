@@ -8,20 +8,35 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+#include <QLoggingCategory>
 
 #include <poppler-qt5.h>
 
 #include <memory>
+#include <mutex>
 
 namespace {
-constexpr int kHashWidth = 17; // 16 differences per row
-constexpr int kHashHeight = 16;
+Q_LOGGING_CATEGORY(lcPdf, "orvex.archive.pdf", QtWarningMsg)
+
+// poppler reports every flaw of a damaged file on its own; those go to a
+// category of their own instead of the application's debug output.
+void popplerMessage(const QString &message, const QVariant &)
+{
+    qCDebug(lcPdf) << "POPPLER" << message;
+}
+
+// A page's fingerprint is its image in kHashSide x kHashSide grey levels; two
+// pages are compared by the number of fingerprint pixels that differ visibly.
+constexpr int kHashSide = 128;
+constexpr int kPixelTolerance = 16;
 // Resolution of the page image the hash is taken from: small enough to be
 // fast, large enough that different text gives a different hash.
-constexpr int kHashRenderSize = 96;
+constexpr int kHashRenderSize = 360;
 
 std::unique_ptr<Poppler::Document> loadPdf(const QString &path, QString &error)
 {
+    static std::once_flag routed;
+    std::call_once(routed, [] { Poppler::setDebugErrorFunction(&popplerMessage, QVariant()); });
     std::unique_ptr<Poppler::Document> document(Poppler::Document::load(path));
     if (!document) {
         error = QStringLiteral("%1 is not a readable PDF file").arg(QFileInfo(path).fileName());
@@ -145,18 +160,12 @@ QImage OrvexPdfTools::renderPage(const QString &path, int page, int size, QStrin
 QByteArray OrvexPdfTools::pageHash(const QImage &image)
 {
     if (image.isNull())
-        return QByteArray(kHashHeight * (kHashWidth - 1) / 8, '\0');
+        return QByteArray(kHashSide * kHashSide, '\xff');
     const QImage small = image.convertToFormat(QImage::Format_Grayscale8)
-                             .scaled(kHashWidth, kHashHeight, Qt::IgnoreAspectRatio,
-                                     Qt::SmoothTransformation);
-    QByteArray hash(kHashHeight * (kHashWidth - 1) / 8, '\0');
-    int bit = 0;
-    for (int y = 0; y < kHashHeight; ++y) {
-        const uchar *row = small.constScanLine(y);
-        for (int x = 0; x + 1 < kHashWidth; ++x, ++bit)
-            if (row[x] > row[x + 1])
-                hash[bit / 8] = char(uchar(hash.at(bit / 8)) | (1u << (bit % 8)));
-    }
+                             .scaled(kHashSide, kHashSide, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QByteArray hash(kHashSide * kHashSide, '\0');
+    for (int y = 0; y < kHashSide; ++y)
+        memcpy(hash.data() + y * kHashSide, small.constScanLine(y), kHashSide);
     return hash;
 }
 
@@ -166,6 +175,7 @@ int OrvexPdfTools::hashDistance(const QByteArray &a, const QByteArray &b)
         return 1 << 20;
     int distance = 0;
     for (int i = 0; i < a.size(); ++i)
-        distance += qPopulationCount(quint8(a.at(i) ^ b.at(i)));
+        if (qAbs(int(uchar(a.at(i))) - int(uchar(b.at(i)))) > kPixelTolerance)
+            ++distance;
     return distance;
 }

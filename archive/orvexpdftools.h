@@ -28,7 +28,7 @@ public:
     // Renders page (from 0) so that it fits into a size x size square.
     static QImage renderPage(const QString &path, int page, int size, QString &error);
 
-    // A perceptual hash of a page image (256 bits): equal pages give equal or
+    // A perceptual hash of a page image (1024 bits): equal pages give equal or
     // nearly equal hashes, independent of the file's other bytes.
     static QByteArray pageHash(const QImage &image);
     static int hashDistance(const QByteArray &a, const QByteArray &b);

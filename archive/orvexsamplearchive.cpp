@@ -105,13 +105,14 @@ bool writePdf(const QString &path, const SampleDocument &d, int index, int versi
         if (page > 0)
             writer.newPage();
         // A layout of its own per document and page, so that page images differ visibly.
-        const int band = 60 + ((index * 13 + page * 29) % 9) * 22;
-        painter.fillRect(QRect(0, 0, width * (40 + (index * 7 + page * 11) % 60) / 100, band), accent);
+        const int band = 40 + ((index * 13 + page * 7) % 12) * 20;
+        painter.fillRect(QRect(0, 0, width * (25 + (index * 17 + page * 29) % 70) / 100, band), accent);
         painter.setPen(Qt::black);
         painter.setFont(heading);
-        int y = band + 60;
-        painter.drawText(QRect(0, y, width, 80), Qt::AlignLeft | Qt::TextWordWrap, d.title);
-        y += 120;
+        int y = band + 50;
+        QRect titleRect;
+        painter.drawText(QRect(0, y, width, 400), Qt::AlignLeft | Qt::TextWordWrap, d.title, &titleRect);
+        y += titleRect.height() + 40;
         painter.setFont(small);
         painter.drawText(0, y, QStringLiteral("Datum: %1   Nummer: %2   Seite %3 von %4   Version %5")
                                    .arg(d.date, d.number).arg(page + 1).arg(d.pages).arg(version));

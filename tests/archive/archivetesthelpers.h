@@ -29,7 +29,7 @@ inline QStringList archiveSnapshot(const QString &folder)
             names << tables.value(0).toString();
         for (const QString &table : qAsConst(names)) {
             QSqlQuery query(db);
-            query.exec(QStringLiteral("SELECT * FROM %1 ORDER BY 1, 2").arg(table));
+            query.exec(QStringLiteral("SELECT * FROM %1").arg(table));
             while (query.next()) {
                 QStringList fields{table};
                 for (int i = 0; i < query.record().count(); ++i)
@@ -39,6 +39,7 @@ inline QStringList archiveSnapshot(const QString &folder)
         }
         db.close();
     }
+    rows.sort();
     QSqlDatabase::removeDatabase(name);
     return rows;
 }

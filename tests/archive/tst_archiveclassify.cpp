@@ -7,7 +7,6 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QThread>
-#include <QtConcurrent>
 #include <QtTest>
 
 namespace {
@@ -513,7 +512,8 @@ void tst_ArchiveClassify::readersDuringWritesLoseNothing()
     QAtomicInt reads(0);
 
     OrvexClassifyClient *shared = static_cast<OrvexClassifyClient *>(client());
-    auto writer = QtConcurrent::run([&] {
+    // Threads of their own: a pool might run a task on the waiting thread instead.
+    QScopedPointer<QThread> writer(QThread::create([&] {
         for (int i = 0; i < writes; ++i) {
             const QString docsId = QString::number(700000 + i);
             if (!shared->addToClipboard(uuid, QString::number(document.id), docsId)
@@ -521,10 +521,10 @@ void tst_ArchiveClassify::readersDuringWritesLoseNothing()
                 readFailures.fetchAndAddOrdered(1000);
         }
         done.storeRelease(1);
-    });
-    QList<QFuture<void>> readers;
+    }));
+    QList<QThread *> readers;
     for (int r = 0; r < 3; ++r) {
-        readers << QtConcurrent::run([&] {
+        readers << QThread::create([&] {
             int last = 0;
             while (!done.loadAcquire()) {
                 QStringList entries, comments;
@@ -539,9 +539,14 @@ void tst_ArchiveClassify::readersDuringWritesLoseNothing()
             }
         });
     }
-    writer.waitForFinished();
-    for (QFuture<void> &reader : readers)
-        reader.waitForFinished();
+    for (QThread *reader : qAsConst(readers))
+        reader->start();
+    writer->start();
+    QVERIFY(writer->wait(60000));
+    for (QThread *reader : qAsConst(readers)) {
+        QVERIFY(reader->wait(60000));
+        delete reader;
+    }
     QCOMPARE(readFailures.loadAcquire(), 0);
     QVERIFY(reads.loadAcquire() > 0);
     QStringList entries, comments;
