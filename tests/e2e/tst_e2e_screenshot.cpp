@@ -3,7 +3,7 @@
 // of its window once the workbench dock is ready, and exits.
 #include "hostprocess.h"
 
-#include <QImage>
+#include <QDir>
 #include <QImageReader>
 #include <QSet>
 #include <QtTest>
@@ -19,29 +19,21 @@ private slots:
 void tst_E2eScreenshot::screenshotOfAFreshArchive()
 {
     QTemporaryDir scratch;
-    QVERIFY(scratch.isValid());
     const QString archive = scratch.filePath(QStringLiteral("archive"));
     const QString shot = scratch.filePath(QStringLiteral("demo.png"));
-
     HostProcess host;
-    const HostProcess::Result result = host.run(
-        {QStringLiteral("--archive"), archive, QStringLiteral("--screenshot"), shot, QStringLiteral("--timeout"),
-         QStringLiteral("150")},
-        240000);
-    QVERIFY2(result.finished, HostProcess::describe(result).constData());
-    QVERIFY2(result.exitStatus == QProcess::NormalExit && result.exitCode == 0, HostProcess::describe(result).constData());
-    QVERIFY2(result.out.contains(shot), HostProcess::describe(result).constData());
-
-    // A fresh folder got a sample archive.
-    QVERIFY(!QDir(archive).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).isEmpty());
+    const HostProcess::Result result = host.run({QStringLiteral("--archive"), archive, QStringLiteral("--screenshot"),
+                                                 shot, QStringLiteral("--timeout"), QStringLiteral("150")},
+                                                240000);
+    QVERIFY2(result.finished && result.exitStatus == QProcess::NormalExit && result.exitCode == 0,
+             HostProcess::describe(result).constData());
+    QVERIFY2(!HostProcess::messageLine(result.out, shot).isEmpty(), HostProcess::describe(result).constData());
+    QVERIFY(!QDir(archive).isEmpty());
 
     QImageReader reader(shot);
     QCOMPARE(reader.format(), QByteArray("png"));
     const QImage image = reader.read();
-    QVERIFY2(!image.isNull(), qPrintable(reader.errorString()));
-    // The window at its start size: a list and a dock side by side.
-    QVERIFY2(image.width() >= 800 && image.height() >= 500,
-             qPrintable(QStringLiteral("%1x%2").arg(image.width()).arg(image.height())));
+    QVERIFY2(image.width() >= 800 && image.height() >= 500, qPrintable(reader.errorString()));
     // Something is drawn: a blank or single-colour image has next to no colours.
     QSet<QRgb> colours;
     for (int y = 0; y < image.height(); y += 4) {

@@ -29,12 +29,9 @@ private slots:
     void init();
     void cleanup();
 
-    void emptyDockIsReadyOnceShown();
     void waitsForEveryBoardToLoad();
-    void boardWithoutPageIsNeverReady();
     void screenshotShowsTheBoards();
     void screenshotTimesOutWithReason();
-    void unwritableScreenshotFails();
 
 private:
     QWebEngineView *addBoard(const QString &html = {});
@@ -78,20 +75,6 @@ QWebEngineView *tst_DockReadiness::addBoard(const QString &html)
     return board;
 }
 
-void tst_DockReadiness::emptyDockIsReadyOnceShown()
-{
-    OrvexDockReadiness readiness(m_window, m_dock);
-    QSignalSpy ready(&readiness, &OrvexDockReadiness::ready);
-    readiness.start(50);
-    QTest::qWait(300);
-    QCOMPARE(ready.count(), 0); // the window is not shown yet
-    QCOMPARE(readiness.pendingDescription(), QStringLiteral("the window to be shown"));
-
-    m_window->show();
-    QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, 15000);
-    QVERIFY(readiness.isReady());
-}
-
 void tst_DockReadiness::waitsForEveryBoardToLoad()
 {
     // The second board's image is held back by the server, like a thumbnail
@@ -124,21 +107,6 @@ void tst_DockReadiness::waitsForEveryBoardToLoad()
         socket->disconnectFromHost();
     }
     QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, 15000);
-}
-
-void tst_DockReadiness::boardWithoutPageIsNeverReady()
-{
-    addBoard(redPage);
-    addBoard(); // no page yet
-    m_window->show();
-
-    OrvexDockReadiness readiness(m_window, m_dock);
-    QSignalSpy ready(&readiness, &OrvexDockReadiness::ready);
-    readiness.start(50);
-    QTRY_COMPARE_WITH_TIMEOUT(readiness.pendingDescription(), QStringLiteral("1 of 2 boards to finish loading"),
-                              15000);
-    QTest::qWait(500);
-    QCOMPARE(ready.count(), 0);
 }
 
 void tst_DockReadiness::screenshotShowsTheBoards()
@@ -174,18 +142,6 @@ void tst_DockReadiness::screenshotTimesOutWithReason()
     QCOMPARE(finished.at(0).at(1).toString(),
              QStringLiteral("No screenshot: gave up after 1 second waiting for 1 of 1 board to finish loading."));
     QVERIFY(!QFile::exists(file));
-}
-
-void tst_DockReadiness::unwritableScreenshotFails()
-{
-    m_window->show();
-    const QString file = m_scratch.filePath(QStringLiteral("missing-folder/shot.png"));
-    OrvexScreenshotJob job(m_window, m_dock, file, 15000);
-    QSignalSpy finished(&job, &OrvexScreenshotJob::finished);
-    job.start();
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 15000);
-    QCOMPARE(finished.at(0).at(0).toInt(), int(OrvexHostExitCode::ScreenshotFailed));
-    QVERIFY(finished.at(0).at(1).toString().contains(file));
 }
 
 QTEST_MAIN(tst_DockReadiness)

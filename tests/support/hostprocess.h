@@ -1,19 +1,16 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
-// Runs build/bin/orvexhost as a separate process, with configuration, data and
-// cache folders of its own so that a run never touches the user's.
+// Runs build/bin/orvexhost as a separate process, with configuration, data,
+// cache and runtime folders of its own so that a run never touches the user's.
 class HostProcess
 {
 public:
     struct Result
     {
-        bool started = false;
         bool finished = false;
         int exitCode = -1;
         QProcess::ExitStatus exitStatus = QProcess::NormalExit;
@@ -21,36 +18,21 @@ public:
         QString err;
     };
 
-    static QString hostPath()
-    {
-        return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("orvexhost"));
-    }
-
-    // Where the run keeps its settings and data; fresh per HostProcess.
-    QString homeFolder() const { return m_home.path(); }
-
-    Result run(const QStringList &arguments, int timeoutMs = 180000)
+    Result run(const QStringList &arguments, int timeoutMs)
     {
         QProcess process;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), m_home.filePath(QStringLiteral("config")));
-        env.insert(QStringLiteral("XDG_DATA_HOME"), m_home.filePath(QStringLiteral("data")));
-        env.insert(QStringLiteral("XDG_CACHE_HOME"), m_home.filePath(QStringLiteral("cache")));
+        for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+            env.insert(QLatin1String(name), m_home.filePath(QLatin1String(name)));
         env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path()); // private (0700), as Qt wants it
-        env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("orvex.workbench.debug=false"));
         env.remove(QStringLiteral("ORVEX_ARCHIVE_DIR"));
         process.setProcessEnvironment(env);
-        process.start(hostPath(), arguments);
-
+        process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/orvexhost"), arguments);
         Result result;
-        result.started = process.waitForStarted(30000);
-        if (result.started) {
-            result.finished = process.waitForFinished(timeoutMs);
-            if (!result.finished) {
-                process.kill();
-                process.waitForFinished(10000);
-            }
-        }
+        result.finished = process.waitForFinished(timeoutMs);
+        if (!result.finished)
+            process.kill();
+        process.waitForFinished(10000);
         result.exitCode = process.exitCode();
         result.exitStatus = process.exitStatus();
         result.out = QString::fromLocal8Bit(process.readAllStandardOutput());
@@ -58,23 +40,19 @@ public:
         return result;
     }
 
-    // The line of the host's own message (it starts with "orvexhost: ") that
-    // contains text, or an empty string.
-    static QString messageLine(const Result &result, const QString &text)
+    // The host's own line (it starts with "orvexhost: ") that contains text.
+    static QString messageLine(const QString &output, const QString &text)
     {
-        const QStringList lines = (result.err + QLatin1Char('\n') + result.out).split(QLatin1Char('\n'));
-        for (const QString &line : lines) {
+        for (const QString &line : output.split(QLatin1Char('\n'))) {
             if (line.startsWith(QLatin1String("orvexhost: ")) && line.contains(text))
                 return line;
         }
         return {};
     }
 
-    // A readable account of a run for failure messages.
     static QByteArray describe(const Result &result)
     {
-        return QStringLiteral("started=%1 finished=%2 exit=%3 crashed=%4\nstdout:\n%5\nstderr:\n%6")
-            .arg(result.started)
+        return QStringLiteral("finished=%1 exit=%2 crashed=%3\nstdout:\n%4\nstderr:\n%5")
             .arg(result.finished)
             .arg(result.exitCode)
             .arg(result.exitStatus == QProcess::CrashExit)
