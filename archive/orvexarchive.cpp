@@ -36,10 +36,11 @@ bool OrvexArchive::open(const QString &folder, bool createSampleWhenNew)
     m_archiveClient = nullptr;
     delete m_classify;
     m_classify = nullptr;
-    m_store.reset(new OrvexArchiveStore);
+    if (m_store)
+        disconnect(m_store.data(), nullptr, this, nullptr);
     QString error;
-    if (!m_store->open(folder, createSampleWhenNew, &error)
-        || !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
+    m_store = OrvexArchiveStore::shared(folder, createSampleWhenNew, &error);
+    if (!m_store || !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
         m_lastError = error;
         m_store.reset();
         return false;

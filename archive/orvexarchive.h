@@ -41,7 +41,9 @@ struct OrvexConnectionValues
 
 // The embedded archive: an SQLite database with the documents' files in a data
 // folder beside it. It hands out the two clients a host gives the workbench; both
-// act as user(). The clients are owned by this object.
+// act as user(). The clients are owned by this object. Everything in one process
+// that opens the same folder (this object, clients of the plugin library) shares
+// one store, so documentsChanged() also reports uploads made by those clients.
 class ORVEXARCHIVE_EXPORT OrvexArchive : public QObject
 {
     Q_OBJECT
@@ -51,6 +53,8 @@ public:
     ~OrvexArchive() override;
 
     static QString defaultLocation(); // under the user's data folder
+    // Where clients made by the plugin library look for the archive (else defaultLocation()).
+    static constexpr const char *FolderVariable = "ORVEX_ARCHIVE_DIR";
 
     // Opens (and migrates) the archive in folder; an empty or missing folder gets
     // a fresh archive, filled with the sample documents when createSampleWhenNew.

@@ -144,12 +144,12 @@ kelArchiveClientInterface *OrvexArchiveClient::createClient(QString applicationD
     Q_UNUSED(applicationDirPath)
     if (m_store)
         return new OrvexArchiveClient(m_store);
-    QString folder = qEnvironmentVariable("ORVEX_ARCHIVE_DIR");
+    QString folder = qEnvironmentVariable(OrvexArchive::FolderVariable);
     if (folder.trimmed().isEmpty())
         folder = OrvexArchive::defaultLocation();
-    QSharedPointer<OrvexArchiveStore> store(new OrvexArchiveStore);
     QString error;
-    if (!store->open(folder, true, &error) || !store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
+    const QSharedPointer<OrvexArchiveStore> store = OrvexArchiveStore::shared(folder, true, &error);
+    if (!store || !store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
         fail(error);
         return nullptr;
     }

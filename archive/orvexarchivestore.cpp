@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QUrl>
@@ -183,7 +184,7 @@ QSqlDatabase OrvexArchiveStore::connect(const QString &name, bool create, QStrin
 
 QSqlDatabase OrvexArchiveStore::database(QString *error)
 {
-    if (!m_open && m_folder.isEmpty()) {
+    if (!m_open) {
         if (error)
             *error = QStringLiteral("The archive is not open");
         return {};
@@ -199,6 +200,22 @@ QSqlDatabase OrvexArchiveStore::database(QString *error)
     if (!db.isOpen() && error)
         *error = openError;
     return db;
+}
+
+QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const QString &folder, bool createSample, QString *error)
+{
+    static QMutex mutex;
+    static QHash<QString, QWeakPointer<OrvexArchiveStore>> stores;
+    QMutexLocker locker(&mutex);
+    const QString key = folder.trimmed().isEmpty() ? QString() : QDir::cleanPath(QDir(folder).absolutePath());
+    QSharedPointer<OrvexArchiveStore> store = stores.value(key).toStrongRef();
+    if (store && store->isOpen())
+        return store;
+    store.reset(new OrvexArchiveStore);
+    if (!store->open(folder, createSample, error))
+        return {};
+    stores.insert(key, store);
+    return store;
 }
 
 bool OrvexArchiveStore::open(const QString &folder, bool createSample, QString *error)
@@ -615,5 +632,6 @@ bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStrin
     for (const QString &path : qAsConst(paths))
         QFile::remove(path);
     QDir(filesPath()).rmdir(QString::number(docId));
+    QDir(cachePath() + QStringLiteral("/thumbs/") + QString::number(docId)).removeRecursively();
     return true;
 }

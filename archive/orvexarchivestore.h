@@ -5,9 +5,11 @@
 #include <QMutex>
 #include <QObject>
 #include <QSet>
+#include <QSharedPointer>
 #include <QSqlDatabase>
 #include <QString>
 #include <QVariant>
+#include <atomic>
 #include <functional>
 
 class QSqlQuery;
@@ -29,6 +31,12 @@ public:
 
     explicit OrvexArchiveStore(QObject *parent = nullptr);
     ~OrvexArchiveStore() override;
+
+    // The store of folder shared by everybody in this process that works on it,
+    // so that every client sees the others' changes (documentsChanged) and
+    // writes queue up here instead of waiting on the database's lock. Opens it
+    // on first use; null + error when it cannot be opened.
+    static QSharedPointer<OrvexArchiveStore> shared(const QString &folder, bool createSample, QString *error);
 
     // Opens the archive in folder, creating it (and the sample documents when
     // createSample) when the folder holds no database yet. False + error().
@@ -101,5 +109,5 @@ private:
     QMutex m_connectionsMutex;
     QSet<QString> m_connections;
     QMutex m_writeMutex;
-    bool m_open = false;
+    std::atomic_bool m_open{false};
 };

@@ -17,7 +17,8 @@ class QSqlDatabase;
 // rights, document queries with full text, roles and connection facts, all
 // as the acting user. Rights are checked here, on the archive's side: a user
 // sees the clipboards one of its roles may view, and every change needs an edit
-// right ("W") on the clipboard. Safe to call from any thread.
+// right ("W") on the clipboard; its owner always keeps that right. Safe to call
+// from any thread.
 //
 // Card and search rows hold the fields
 //   0 docId, 1 docsId, 2 title, 3 type key, 4 date, 5 file name, 6 status key, 7 pages
