@@ -9,6 +9,21 @@
     </message>
 </context>
 <context>
+    <name>orvexwbcornerwidget</name>
+    <message>
+        <source>Wizard</source>
+        <translation>Assistent</translation>
+    </message>
+    <message>
+        <source>Filter...</source>
+        <translation>Filter...</translation>
+    </message>
+    <message>
+        <source>Add New Clipboard</source>
+        <translation>Neue Zwischenablage hinzufügen</translation>
+    </message>
+</context>
+<context>
     <name>orvexworkbenchdock</name>
     <message>
         <source>Clipboard</source>
