@@ -9,6 +9,21 @@
     </message>
 </context>
 <context>
+    <name>orvexclipboardchooser</name>
+    <message>
+        <source>Form</source>
+        <translation>Formular</translation>
+    </message>
+    <message>
+        <source>Scroll up</source>
+        <translation>Nach oben blättern</translation>
+    </message>
+    <message>
+        <source>Scroll down</source>
+        <translation>Nach unten blättern</translation>
+    </message>
+</context>
+<context>
     <name>orvexwbcornerwidget</name>
     <message>
         <source>Wizard</source>
@@ -28,6 +43,25 @@
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>orvexworkbenchtab</name>
+    <message>
+        <source>(unnamed)</source>
+        <translation>(ohne Namen)</translation>
+    </message>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard </source>
+        <translation>Zwischenablage entfernen: </translation>
     </message>
 </context>
 </TS>
