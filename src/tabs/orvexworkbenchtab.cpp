@@ -195,6 +195,9 @@ void orvexworkbenchtab::reloadClipboards()
         m_reloadPending = true;
         return;
     }
+    // Creating a board waits for its page in a nested event loop, in which
+    // the tab set itself may be deleted.
+    QPointer<orvexworkbenchtab> self(this);
     enterBusy();
     if (m_classifyClient) {
         QList<QPair<QString, QString>> clipboards;
@@ -237,9 +240,9 @@ void orvexworkbenchtab::reloadClipboards()
                     if (m_chooser)
                         m_chooser->addClipboard(name, board);
                 }
-                open.remove(uuid);
-                if (m_destroying)
+                if (!self || m_destroying)
                     return;
+                open.remove(uuid);
             }
 
             for (int i = 0; i < count(); ++i) {
@@ -261,7 +264,8 @@ void orvexworkbenchtab::reloadClipboards()
     }
     if (m_boards.isEmpty())
         addNewClipboard(QString(), QString(), true, true);
-    leaveBusy();
+    if (self)
+        leaveBusy();
 }
 
 void orvexworkbenchtab::decorateTab(int index)
@@ -438,10 +442,11 @@ void orvexworkbenchtab::removeClipboard(int index)
     orvexwbwebview *board = boardAt(index);
     if (!board || !board->isWriteable() || !m_classifyClient)
         return;
+    QPointer<orvexworkbenchtab> self(this);
     const QMessageBox::StandardButton answer = QMessageBox::question(
         this, tr("Remove Clipboard"), tr("Remove Clipboard ") + tabText(index) + QStringLiteral(" ?"),
         QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
-    if (answer != QMessageBox::Yes || m_destroying)
+    if (answer != QMessageBox::Yes || !self || m_destroying)
         return;
     // The question ran an event loop: the tab may have moved or gone.
     index = indexOf(board);
