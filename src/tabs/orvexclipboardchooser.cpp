@@ -145,6 +145,15 @@ void orvexclipboardchooser::show()
     QWidget::show();
 }
 
+void orvexclipboardchooser::showEvent(QShowEvent *event)
+{
+    // A host that shows the strip through a QWidget pointer bypasses show();
+    // it still hides itself then.
+    if (!m_hideTimer.isActive())
+        m_hideTimer.start(kFirstHideDelay);
+    QWidget::showEvent(event);
+}
+
 void orvexclipboardchooser::doHide()
 {
     const bool overChooser = underMouse() || cursorInside(this);
