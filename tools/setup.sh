@@ -4,16 +4,21 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-PACKAGES="build-essential cmake make pkg-config git
-qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
+# Libraries and data: checked by package.
+PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
 libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev
-xvfb xauth fonts-dejavu-core nodejs npm"
+xvfb xauth fonts-dejavu-core"
+# Tools: checked by command, since they may come from elsewhere than Debian.
+TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm"
 
 missing=""
 for p in $PACKAGES; do
   if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
     missing="$missing $p"
   fi
+done
+for t in $TOOLS; do
+  command -v "${t%%:*}" >/dev/null 2>&1 || missing="$missing ${t#*:}"
 done
 
 if [ -n "$missing" ]; then

@@ -1,6 +1,7 @@
 // The card board with its real page in QtWebEngine: every check reads the DOM
 // back through runJavaScript, against the recording client doubles.
 #include "orvextranslations.h"
+#include "modalanswerer.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
@@ -177,6 +178,8 @@ private slots:
     void failedServerAnswersKeepTheCards();
     void hostCommands_data();
     void hostCommands();
+    void permissions_data();
+    void permissions();
     void thumbnailsArriveWithPageButtons();
     void placeholderForMissingImages_data();
     void placeholderForMissingImages();
@@ -753,6 +756,73 @@ void tst_Board::hostCommands()
     if (command.endsWith(QLatin1String("DOCS")))
         std::sort(sent.begin(), sent.end());
     QCOMPARE(sent, args);
+}
+
+void tst_Board::permissions_data()
+{
+    QTest::addColumn<QStringList>("rights");
+    QTest::addColumn<bool>("accept");
+    QTest::addColumn<QStringList>("stored");
+    QTest::addColumn<bool>("error");
+
+    const QString w = QString(kSep) + QLatin1Char('W');
+    const QString r = QString(kSep) + QLatin1Char('R');
+    const QString lead = QStringLiteral("x") + kSep;
+    QTest::newRow("accepted") << QStringList{lead + "anna" + r, lead + "team" + w} << true
+                              << QStringList{"team" + w, "anna" + r} << false;
+    QTest::newRow("nobody may edit") << QStringList{lead + "anna" + r} << true << QStringList() << true;
+    QTest::newRow("rejected") << QStringList{lead + "team" + w} << false << QStringList() << false;
+}
+
+void tst_Board::permissions()
+{
+    QFETCH(QStringList, rights);
+    QFETCH(bool, accept);
+    QFETCH(QStringList, stored);
+    QFETCH(bool, error);
+    m_classify->setAllRoles({QStringLiteral("anna"), QStringLiteral("team"), QStringLiteral("bob")});
+    m_classify->setRawClipboardRoles(m_clip, rights);
+    orvexwbwebview *board = createBoard(true, false);
+    QSignalSpy reload(board, &orvexwbwebview::reloadClipboards);
+
+    std::unique_ptr<ModalAnswerer> boxAnswer;
+    QString dialogClass;
+    ModalAnswerer dialogAnswer([&](QWidget *modal) {
+        dialogClass = QString::fromLatin1(modal->metaObject()->className());
+        boxAnswer.reset(new ModalAnswerer(QMessageBox::Ok));
+        auto *dialog = qobject_cast<QDialog *>(modal);
+        accept ? dialog->accept() : dialog->reject();
+    });
+    // The page's menu entry opens the dialog through the channel.
+    js(board, QStringLiteral("permissions()"));
+    QTRY_VERIFY_WITH_TIMEOUT(dialogAnswer.answered(), kTimeout);
+    QCOMPARE(dialogClass, QStringLiteral("orvexcbrights"));
+    if (accept)
+        QTRY_COMPARE_WITH_TIMEOUT(reload.count(), 1, kTimeout);
+    QCOMPARE(m_classify->log().last(QStringLiteral("getClipboardRoles")).args, QVariantList({m_clip}));
+
+    if (error) {
+        QTRY_VERIFY_WITH_TIMEOUT(boxAnswer && boxAnswer->answered(), kTimeout);
+        QCOMPARE(boxAnswer->seenTitle(), QCoreApplication::translate("orvexwbwebview", "Error"));
+        QCOMPARE(boxAnswer->seenText(), QCoreApplication::translate(
+                                            "orvexwbwebview", "The Card must be editable at least from a role!"));
+    } else {
+        QVERIFY(!boxAnswer || !boxAnswer->answered());
+    }
+    if (stored.isEmpty()) {
+        QCOMPARE(m_classify->log().count(QStringLiteral("setClipboardRoles")), 0);
+        QCOMPARE(m_classify->clipboard(m_clip).roles, rights);
+    } else {
+        QCOMPARE(m_classify->log().last(QStringLiteral("setClipboardRoles")).args,
+                 QVariantList({m_clip, stored}));
+    }
+    if (!accept) {
+        // Rejecting reloads nothing: a later command still arrives first.
+        QSignalSpy commands(board, &orvexwbwebview::doCommand);
+        js(board, QStringLiteral("mailDocuments()"));
+        QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
+        QCOMPARE(reload.count(), 0);
+    }
 }
 
 void tst_Board::thumbnailsArriveWithPageButtons()
