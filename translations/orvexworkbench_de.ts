@@ -2,10 +2,60 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>DMSUserRights</name>
+    <message>
+        <source>Form</source>
+        <translation>Formular</translation>
+    </message>
+    <message>
+        <source>Edit roles</source>
+        <translation>Rollen mit Bearbeitungsrecht</translation>
+    </message>
+    <message>
+        <source>Grant edit rights to the selected roles</source>
+        <translation>Den ausgewählten Rollen das Bearbeiten erlauben</translation>
+    </message>
+    <message>
+        <source>Withdraw edit rights from the selected roles</source>
+        <translation>Den ausgewählten Rollen das Bearbeiten entziehen</translation>
+    </message>
+    <message>
+        <source>View roles</source>
+        <translation>Rollen mit Leserecht</translation>
+    </message>
+    <message>
+        <source>Grant view rights to the selected roles</source>
+        <translation>Den ausgewählten Rollen das Ansehen erlauben</translation>
+    </message>
+    <message>
+        <source>Withdraw view rights from the selected roles</source>
+        <translation>Den ausgewählten Rollen das Ansehen entziehen</translation>
+    </message>
+    <message>
+        <source>Available roles</source>
+        <translation>Verfügbare Rollen</translation>
+    </message>
+    <message>
+        <source>Visible to all</source>
+        <translation>Für alle sichtbar</translation>
+    </message>
+    <message>
+        <source>Editable by all</source>
+        <translation>Von allen bearbeitbar</translation>
+    </message>
+</context>
+<context>
     <name>Orvexworkbenchplugin</name>
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>orvexcbrights</name>
+    <message>
+        <source>Clipboard Permissions</source>
+        <translation>Berechtigungen der Zwischenablage</translation>
     </message>
 </context>
 <context>
@@ -36,6 +86,77 @@
     <message>
         <source>Add New Clipboard</source>
         <translation>Neue Zwischenablage hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>orvexwbwebview</name>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Clear Clipboard</source>
+        <translation>Zwischenablage leeren</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Export Documents</source>
+        <translation>Dokumente exportieren</translation>
+    </message>
+    <message>
+        <source>Mail Documents</source>
+        <translation>Dokumente mailen</translation>
+    </message>
+    <message>
+        <source>Permissions</source>
+        <translation>Berechtigungen</translation>
+    </message>
+    <message>
+        <source>Drop Document here</source>
+        <translation>Dokument hier ablegen</translation>
+    </message>
+    <message>
+        <source>Search...</source>
+        <translation>Suchen...</translation>
+    </message>
+    <message>
+        <source>Loading...</source>
+        <translation>Lade...</translation>
+    </message>
+    <message>
+        <source>Notice...</source>
+        <translation>Notiz...</translation>
+    </message>
+    <message>
+        <source>Open Document</source>
+        <translation>Dokument öffnen</translation>
+    </message>
+    <message>
+        <source>Remove Card</source>
+        <translation>Karte entfernen</translation>
+    </message>
+    <message>
+        <source>Show Classification</source>
+        <translation>Klassifizierung anzeigen</translation>
+    </message>
+    <message>
+        <source>Unkown</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>Loading clipboard...</source>
+        <translation>Lade Zwischenablage...</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>The Card must be editable at least from a role!</source>
+        <translation>Die Zwischenablage muss mindestens von einer Rolle bearbeitet werden können!</translation>
     </message>
 </context>
 <context>

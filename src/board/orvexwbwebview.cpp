@@ -2,6 +2,7 @@
 
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
+#include "orvexcbrights.h"
 #include "orvexlog.h"
 
 #include <QApplication>
@@ -11,6 +12,7 @@
 #include <QIcon>
 #include <QImage>
 #include <QLocale>
+#include <QMessageBox>
 #include <QProgressDialog>
 #include <QRegularExpression>
 #include <QUuid>
@@ -631,7 +633,17 @@ void orvexwbwebview::setPermissions()
 {
     if (!m_classifyClient || !m_writeable)
         return;
-    // The permissions dialog arrives with the rights area.
+    orvexcbrights dialog(m_id, m_classifyClient, this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    if (dialog.getWriteRoles().isEmpty()) {
+        // Nobody could edit the clipboard any more: refuse and store nothing.
+        QMessageBox::critical(this, tr("Error"), tr("The Card must be editable at least from a role!"),
+                              QMessageBox::Ok);
+    } else {
+        m_classifyClient->setClipboardRoles(m_id, dialog.getRoles());
+    }
+    emit reloadClipboards();
 }
 
 // --- thumbnails ------------------------------------------------------------
