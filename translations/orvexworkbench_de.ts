@@ -213,10 +213,130 @@
     </message>
 </context>
 <context>
+    <name>orvexclipboardchooser</name>
+    <message>
+        <source>Form</source>
+        <translation>Formular</translation>
+    </message>
+    <message>
+        <source>Scroll up</source>
+        <translation>Nach oben blättern</translation>
+    </message>
+    <message>
+        <source>Scroll down</source>
+        <translation>Nach unten blättern</translation>
+    </message>
+</context>
+<context>
+    <name>orvexwbcornerwidget</name>
+    <message>
+        <source>Wizard</source>
+        <translation>Assistent</translation>
+    </message>
+    <message>
+        <source>Filter...</source>
+        <translation>Filter...</translation>
+    </message>
+    <message>
+        <source>Add New Clipboard</source>
+        <translation>Neue Zwischenablage hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>orvexwbwebview</name>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Clear Clipboard</source>
+        <translation>Zwischenablage leeren</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Export Documents</source>
+        <translation>Dokumente exportieren</translation>
+    </message>
+    <message>
+        <source>Mail Documents</source>
+        <translation>Dokumente mailen</translation>
+    </message>
+    <message>
+        <source>Permissions</source>
+        <translation>Berechtigungen</translation>
+    </message>
+    <message>
+        <source>Drop Document here</source>
+        <translation>Dokument hier ablegen</translation>
+    </message>
+    <message>
+        <source>Search...</source>
+        <translation>Suchen...</translation>
+    </message>
+    <message>
+        <source>Loading...</source>
+        <translation>Lade...</translation>
+    </message>
+    <message>
+        <source>Notice...</source>
+        <translation>Notiz...</translation>
+    </message>
+    <message>
+        <source>Open Document</source>
+        <translation>Dokument öffnen</translation>
+    </message>
+    <message>
+        <source>Remove Card</source>
+        <translation>Karte entfernen</translation>
+    </message>
+    <message>
+        <source>Show Classification</source>
+        <translation>Klassifizierung anzeigen</translation>
+    </message>
+    <message>
+        <source>Unkown</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>Loading clipboard...</source>
+        <translation>Lade Zwischenablage...</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>The Card must be editable at least from a role!</source>
+        <translation>Die Zwischenablage muss mindestens von einer Rolle bearbeitet werden können!</translation>
+    </message>
+</context>
+<context>
     <name>orvexworkbenchdock</name>
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>orvexworkbenchtab</name>
+    <message>
+        <source>(unnamed)</source>
+        <translation>(ohne Namen)</translation>
+    </message>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard </source>
+        <translation>Zwischenablage entfernen: </translation>
     </message>
 </context>
 </TS>
