@@ -4,6 +4,7 @@
 #include "modalanswerer.h"
 #include "orvexduplicatesdlg.h"
 #include "orvexplaceholderimage.h"
+#include "orvextranslations.h"
 
 #include <QBuffer>
 #include <QCheckBox>
@@ -89,6 +90,9 @@ private slots:
     void cancelAllDuringExec();
     void renamedButtonsEndExec_data();
     void renamedButtonsEndExec();
+
+    // Installs the German catalogue for the rest of the process: keep it last.
+    void germanTexts();
 
 private:
     // A fresh dialog, shown, with the given duplicates and originals.
@@ -482,6 +486,19 @@ void tst_DuplicatesDlg::renamedButtonsEndExec()
     texts.sort();
     QCOMPARE(texts, QStringList({"Discard", "do_archive"}));
     QCOMPARE(cancelled.count(), 0);
+}
+
+void tst_DuplicatesDlg::germanTexts()
+{
+    QVERIFY(OrvexTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+    m_dialog = std::make_unique<OrvexDuplicatesDlg>();
+    m_dialog->setDuplicates({duplicate("a", "k", QByteArray()), duplicate("b", "k", QByteArray())});
+    QCOMPARE(m_dialog->windowTitle(), QStringLiteral("Duplikat erkannt"));
+    QCOMPARE(child<QLabel>("m_totallabel")->text(), QStringLiteral("2 Duplikate gefunden"));
+    QCOMPARE(child<QLabel>("m_norights")->text(),
+             QStringLiteral("Sie sind nicht berechtigt, dieses Duplikat anzuzeigen."));
+    QCOMPARE(child<QCheckBox>("c_showDiffs")->text(), QStringLiteral("Unterschied zeigen"));
+    QCOMPARE(child<QPushButton>("m_bCancelAll")->text(), QStringLiteral("Alle abbrechen"));
 }
 
 QTEST_MAIN(tst_DuplicatesDlg)
