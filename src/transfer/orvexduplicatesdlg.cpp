@@ -153,6 +153,7 @@ void OrvexDuplicatesDlg::updateCurrent()
     if (m_current < 0 || m_current >= m_duplicates.size()) {
         m_dupPixmap = QPixmap();
         m_origPixmap = QPixmap();
+        m_origBlinkPixmap = QPixmap();
         m_ui->m_dupThumb->clear();
         m_ui->m_origThumb->clear();
         m_notAuthorized = false;
@@ -166,9 +167,12 @@ void OrvexDuplicatesDlg::updateCurrent()
     m_ui->m_dupThumb->setPixmap(m_dupPixmap);
     // A key the originals do not hold leaves the original side empty, which
     // also keeps the blink off.
-    m_origPixmap = scaledFor(QImage::fromData(m_originals.value(duplicate.originalKey)),
-                             m_ui->m_origThumb);
+    const QImage original = QImage::fromData(m_originals.value(duplicate.originalKey));
+    m_origPixmap = scaledFor(original, m_ui->m_origThumb);
     m_ui->m_origThumb->setPixmap(m_origPixmap);
+    // In the blink the original stands in the duplicate's place, at its scale,
+    // so that only real differences flicker.
+    m_origBlinkPixmap = scaledFor(original, m_ui->m_dupThumb);
 
     m_notAuthorized = OrvexPlaceholderImage::isPlaceholder(duplicate.image);
     m_ui->m_norights->setVisible(m_notAuthorized);
@@ -231,7 +235,7 @@ void OrvexDuplicatesDlg::showDiffs()
 {
     const bool blinking = m_ui->c_showDiffs->isEnabled() && m_ui->c_showDiffs->isChecked();
     if (blinking && holdsImage(m_ui->m_dupThumb) && holdsImage(m_ui->m_origThumb)) {
-        m_ui->m_dupThumb->setPixmap(m_blinkPhase ? m_dupPixmap : m_origPixmap);
+        m_ui->m_dupThumb->setPixmap(m_blinkPhase ? m_dupPixmap : m_origBlinkPixmap);
         m_blinkPhase = !m_blinkPhase;
     } else if (!m_ui->c_showDiffs->isChecked() && m_blinkPhase) {
         m_ui->m_dupThumb->setPixmap(m_dupPixmap);

@@ -99,4 +99,5 @@ private:
     bool m_started = false;
     QPixmap m_dupPixmap;            // current images, scaled to the labels
     QPixmap m_origPixmap;
+    QPixmap m_origBlinkPixmap;      // the original at the duplicate label's scale
 };

@@ -333,8 +333,11 @@ void tst_DuplicatesDlg::blinkAlternatesBothImages()
     auto *dupThumb = child<QLabel>("m_dupThumb");
     QCOMPARE(blinkTimer()->interval(), 800);
     QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_red, kWait);
-    // The original takes the duplicate's place, and the duplicate comes back.
+    const QSize duplicateSize = dupThumb->pixmap(Qt::ReturnByValue).size();
+    // The original takes the duplicate's place, at the same scale, and the
+    // duplicate comes back.
     QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_blue, kWait);
+    QCOMPARE(dupThumb->pixmap(Qt::ReturnByValue).size(), duplicateSize);
     QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_red, kWait);
     QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_blue, kWait);
     QCOMPARE(centreOf(child<QLabel>("m_origThumb")), m_blue);
