@@ -45,6 +45,96 @@
     </message>
 </context>
 <context>
+    <name>OrvexArchiveWorker</name>
+    <message>
+        <source>Failed to load the plugin: %1 Error: %2</source>
+        <translation>Das Plugin konnte nicht geladen werden: %1 Fehler: %2</translation>
+    </message>
+    <message>
+        <source>Failed to load the archive client: </source>
+        <translation>Der Archiv-Client konnte nicht geladen werden: </translation>
+    </message>
+    <message>
+        <source>Failed to load the archive client.</source>
+        <translation>Der Archiv-Client konnte nicht geladen werden.</translation>
+    </message>
+    <message>
+        <source>No archive client is connected.</source>
+        <translation>Es ist kein Archiv-Client verbunden.</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>%1 versions were given for %2 documents.</source>
+        <translation>Für %2 Dokumente wurden %1 Versionen angegeben.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Der Ordner %1 existiert nicht.</translation>
+    </message>
+    <message>
+        <source>Exportiere Dokument...</source>
+        <translation>Exportiere Dokument...</translation>
+    </message>
+    <message>
+        <source>Downloading ...</source>
+        <translation>Herunterladen ...</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Unable to export documents. Permissions missmatch.</source>
+        <translation>Die Dokumente können nicht exportiert werden. Die Berechtigungen stimmen nicht überein.</translation>
+    </message>
+    <message>
+        <source>Export documents...</source>
+        <translation>Dokumente exportieren...</translation>
+    </message>
+    <message>
+        <source>The file could not be saved!</source>
+        <translation>Die Datei konnte nicht gespeichert werden!</translation>
+    </message>
+    <message>
+        <source>File exists</source>
+        <translation>Datei existiert</translation>
+    </message>
+    <message>
+        <source>The file %1 already exists, overwrite?</source>
+        <translation>Die Datei %1 existiert bereits. Überschreiben?</translation>
+    </message>
+    <message>
+        <source>The file could not be overwritten.</source>
+        <translation>Die Datei konnte nicht überschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Send Document(s)...</source>
+        <translation>Dokument(e) senden...</translation>
+    </message>
+    <message>
+        <source>E-Mail Command</source>
+        <translation>E-Mail-Befehl</translation>
+    </message>
+    <message>
+        <source>The e-mail could not be created, unable to start Mail-Client!</source>
+        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexDirUtils</name>
+    <message>
+        <source>Directory (%1) does not exist.</source>
+        <translation>Das Verzeichnis (%1) existiert nicht.</translation>
+    </message>
+    <message>
+        <source>File (%1) could not be deleted.</source>
+        <translation>Die Datei (%1) konnte nicht gelöscht werden.</translation>
+    </message>
+</context>
+<context>
     <name>OrvexDuplicatesDlg</name>
     <message>
         <source>Duplicate Detected</source>
@@ -96,10 +186,74 @@
     </message>
 </context>
 <context>
+    <name>OrvexFileCopy</name>
+    <message>
+        <source>Transfer</source>
+        <translation>Übertragung</translation>
+    </message>
+    <message>
+        <source>Starting...</source>
+        <translation>Starte...</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Dateien</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>Document sent. Waiting for confirmation...</source>
+        <translation>Dokument gesendet. Warte auf Bestätigung...</translation>
+    </message>
+</context>
+<context>
     <name>Orvexworkbenchplugin</name>
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>dmsmailnames</name>
+    <message>
+        <source>Send documents...</source>
+        <translation>Dokumente senden...</translation>
+    </message>
+    <message>
+        <source>use following filenames</source>
+        <translation>folgende Dateinamen verwenden</translation>
+    </message>
+</context>
+<context>
+    <name>orvexLoginData</name>
+    <message>
+        <source>The profile information could not be loaded. Please start the Connection Manager!</source>
+        <translation>Die Profilinformationen konnten nicht geladen werden. Bitte starten Sie den Connection Manager!</translation>
+    </message>
+    <message>
+        <source>The profile %1 is not known to the Connection Manager.</source>
+        <translation>Das Profil %1 ist dem Connection Manager nicht bekannt.</translation>
+    </message>
+    <message>
+        <source>You are not connected to any profile. Please connect using the Connection Manager Orvex!</source>
+        <translation>Sie sind mit keinem Profil verbunden. Bitte verbinden Sie sich über den Connection Manager Orvex!</translation>
+    </message>
+    <message>
+        <source>The profile information could not be loaded. Trying to start the Connection Manager...</source>
+        <translation>Die Profilinformationen konnten nicht geladen werden. Der Connection Manager wird gestartet...</translation>
+    </message>
+</context>
+<context>
+    <name>orvexLoginDialog</name>
+    <message>
+        <source>Orvex - Login</source>
+        <translation>Orvex - Anmeldung</translation>
+    </message>
+    <message>
+        <source>Choose profile:</source>
+        <translation>Profil wählen:</translation>
     </message>
 </context>
 <context>
