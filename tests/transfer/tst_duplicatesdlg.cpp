@@ -2,6 +2,7 @@
 // the duplicates, the blink between duplicate and original, the not-authorised
 // placeholder, the remembered settings and "Cancel All".
 #include "modalanswerer.h"
+#include "orvexarchiveclient.h"
 #include "orvexduplicatereply.h"
 #include "orvexduplicatesdlg.h"
 #include "orvexplaceholderimage.h"
@@ -74,6 +75,7 @@ private slots:
     void serverPlaceholderFingerprint();
     void registeredFingerprints_data();
     void registeredFingerprints();
+    void embeddedArchivePlaceholderOnceRegistered();
     void placeholderShowsBannerAndNeverBlinks();
 
     void paging_data();
@@ -255,6 +257,15 @@ void tst_DuplicatesDlg::registeredFingerprints()
     QFETCH(bool, placeholder);
     QCOMPARE(OrvexDuplicatesDlg::addPlaceholderFingerprint(registered), accepted);
     QCOMPARE(OrvexDuplicatesDlg::isPlaceholderImage(image), placeholder);
+}
+
+void tst_DuplicatesDlg::embeddedArchivePlaceholderOnceRegistered()
+{
+    const QByteArray placeholder = OrvexArchiveClient::notAuthorisedImage();
+    QVERIFY(!OrvexDuplicatesDlg::isPlaceholderImage(placeholder));
+    QVERIFY(OrvexDuplicatesDlg::addPlaceholderFingerprint(
+        OrvexArchiveClient::notAuthorisedImageMd5().toLatin1()));
+    QVERIFY(OrvexDuplicatesDlg::isPlaceholderImage(placeholder));
 }
 
 void tst_DuplicatesDlg::placeholderShowsBannerAndNeverBlinks()
