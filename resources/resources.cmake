@@ -9,10 +9,12 @@ file(GLOB_RECURSE ORVEX_RESOURCE_FILES CONFIGURE_DEPENDS ${ORVEX_RESOURCES_DIR}/
 # page needs more; a missing file stops the configure step with a clear message.
 set(ORVEX_PAGE_LIBRARIES
   "material/jquery.min.js=jquery/dist/jquery.min.js"
+  "material/jquery-3.1.0.min.js=jquery/dist/jquery.min.js"
   "material/material.min.js=material-design-lite/material.min.js"
   "material/material.min.css=material-design-lite/material.min.css"
   "material/material-icons.woff2=material-icons/iconfont/material-icons.woff2"
   "material/material-icons.woff=material-icons/iconfont/material-icons.woff"
+  "material/visibility_off.svg=@material-design-icons/svg/filled/visibility_off.svg"
 )
 set(_pagelibs_entries "")
 foreach(entry ${ORVEX_PAGE_LIBRARIES})

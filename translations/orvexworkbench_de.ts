@@ -45,10 +45,134 @@
     </message>
 </context>
 <context>
+    <name>OrvexArchiveWorker</name>
+    <message>
+        <source>Failed to load the plugin: %1 Error: %2</source>
+        <translation>Das Plugin konnte nicht geladen werden: %1 Fehler: %2</translation>
+    </message>
+    <message>
+        <source>Failed to load the archive client: </source>
+        <translation>Der Archiv-Client konnte nicht geladen werden: </translation>
+    </message>
+    <message>
+        <source>Failed to load the archive client.</source>
+        <translation>Der Archiv-Client konnte nicht geladen werden.</translation>
+    </message>
+    <message>
+        <source>No archive client is connected.</source>
+        <translation>Es ist kein Archiv-Client verbunden.</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>%1 versions were given for %2 documents.</source>
+        <translation>Für %2 Dokumente wurden %1 Versionen angegeben.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Der Ordner %1 existiert nicht.</translation>
+    </message>
+    <message>
+        <source>Exportiere Dokument...</source>
+        <translation>Exportiere Dokument...</translation>
+    </message>
+    <message>
+        <source>Downloading ...</source>
+        <translation>Herunterladen ...</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Unable to export documents. Permissions missmatch.</source>
+        <translation>Die Dokumente können nicht exportiert werden. Die Berechtigungen stimmen nicht überein.</translation>
+    </message>
+    <message>
+        <source>Export documents...</source>
+        <translation>Dokumente exportieren...</translation>
+    </message>
+    <message>
+        <source>The file could not be saved!</source>
+        <translation>Die Datei konnte nicht gespeichert werden!</translation>
+    </message>
+    <message>
+        <source>File exists</source>
+        <translation>Datei existiert</translation>
+    </message>
+    <message>
+        <source>The file %1 already exists, overwrite?</source>
+        <translation>Die Datei %1 existiert bereits. Überschreiben?</translation>
+    </message>
+    <message>
+        <source>The file could not be overwritten.</source>
+        <translation>Die Datei konnte nicht überschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Send Document(s)...</source>
+        <translation>Dokument(e) senden...</translation>
+    </message>
+    <message>
+        <source>E-Mail Command</source>
+        <translation>E-Mail-Befehl</translation>
+    </message>
+    <message>
+        <source>The e-mail could not be created, unable to start Mail-Client!</source>
+        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexDirUtils</name>
+    <message>
+        <source>Directory (%1) does not exist.</source>
+        <translation>Das Verzeichnis (%1) existiert nicht.</translation>
+    </message>
+    <message>
+        <source>File (%1) could not be deleted.</source>
+        <translation>Die Datei (%1) konnte nicht gelöscht werden.</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexFileCopy</name>
+    <message>
+        <source>Transfer</source>
+        <translation>Übertragung</translation>
+    </message>
+    <message>
+        <source>Starting...</source>
+        <translation>Starte...</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Dateien</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>Document sent. Waiting for confirmation...</source>
+        <translation>Dokument gesendet. Warte auf Bestätigung...</translation>
+    </message>
+</context>
+<context>
     <name>Orvexworkbenchplugin</name>
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>dmsmailnames</name>
+    <message>
+        <source>Send documents...</source>
+        <translation>Dokumente senden...</translation>
+    </message>
+    <message>
+        <source>use following filenames</source>
+        <translation>folgende Dateinamen verwenden</translation>
     </message>
 </context>
 <context>
@@ -89,10 +213,130 @@
     </message>
 </context>
 <context>
+    <name>orvexclipboardchooser</name>
+    <message>
+        <source>Form</source>
+        <translation>Formular</translation>
+    </message>
+    <message>
+        <source>Scroll up</source>
+        <translation>Nach oben blättern</translation>
+    </message>
+    <message>
+        <source>Scroll down</source>
+        <translation>Nach unten blättern</translation>
+    </message>
+</context>
+<context>
+    <name>orvexwbcornerwidget</name>
+    <message>
+        <source>Wizard</source>
+        <translation>Assistent</translation>
+    </message>
+    <message>
+        <source>Filter...</source>
+        <translation>Filter...</translation>
+    </message>
+    <message>
+        <source>Add New Clipboard</source>
+        <translation>Neue Zwischenablage hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>orvexwbwebview</name>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Clear Clipboard</source>
+        <translation>Zwischenablage leeren</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Export Documents</source>
+        <translation>Dokumente exportieren</translation>
+    </message>
+    <message>
+        <source>Mail Documents</source>
+        <translation>Dokumente mailen</translation>
+    </message>
+    <message>
+        <source>Permissions</source>
+        <translation>Berechtigungen</translation>
+    </message>
+    <message>
+        <source>Drop Document here</source>
+        <translation>Dokument hier ablegen</translation>
+    </message>
+    <message>
+        <source>Search...</source>
+        <translation>Suchen...</translation>
+    </message>
+    <message>
+        <source>Loading...</source>
+        <translation>Lade...</translation>
+    </message>
+    <message>
+        <source>Notice...</source>
+        <translation>Notiz...</translation>
+    </message>
+    <message>
+        <source>Open Document</source>
+        <translation>Dokument öffnen</translation>
+    </message>
+    <message>
+        <source>Remove Card</source>
+        <translation>Karte entfernen</translation>
+    </message>
+    <message>
+        <source>Show Classification</source>
+        <translation>Klassifizierung anzeigen</translation>
+    </message>
+    <message>
+        <source>Unkown</source>
+        <translation>Unbekannt</translation>
+    </message>
+    <message>
+        <source>Loading clipboard...</source>
+        <translation>Lade Zwischenablage...</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>The Card must be editable at least from a role!</source>
+        <translation>Die Zwischenablage muss mindestens von einer Rolle bearbeitet werden können!</translation>
+    </message>
+</context>
+<context>
     <name>orvexworkbenchdock</name>
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>orvexworkbenchtab</name>
+    <message>
+        <source>(unnamed)</source>
+        <translation>(ohne Namen)</translation>
+    </message>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard </source>
+        <translation>Zwischenablage entfernen: </translation>
     </message>
 </context>
 </TS>

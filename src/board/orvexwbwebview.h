@@ -1,0 +1,150 @@
+#pragma once
+
+#include "orvexworkbenchglobal.h"
+
+#include <QFuture>
+#include <QHash>
+#include <QList>
+#include <QMap>
+#include <QMutex>
+#include <QPixmap>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+#include <QThreadPool>
+#include <QTimer>
+#include <QTabBar>
+#include <QWebEngineView>
+
+#include <atomic>
+
+class ClassifyInterface;
+class QWebChannel;
+class kelArchiveClientInterface;
+
+// One clipboard shown as a page of cards. The page (card-webchannel.html) talks
+// to this object through the web channel, where it is published as
+// "cardHandler"; the program talks to the page only through scripts.
+//
+// Everything that waits on a client runs on the board's own work pool and comes
+// back to the GUI thread through queued signals. stop() cancels the jobs that
+// have not started yet and waits for the running ones; after it, no script
+// reaches the page and no new job starts.
+class ORVEXWORKBENCH_EXPORT orvexwbwebview : public QWebEngineView
+{
+    Q_OBJECT
+
+public:
+    explicit orvexwbwebview(QWidget *parent = nullptr);
+    ~orvexwbwebview() override;
+
+    void setWriteable(bool writeable);
+    bool isWriteable() const;
+    // Sends the current writeable flag to the page again.
+    void updateWriteable();
+
+    QString getId() const;
+    void setId(const QString &id);
+    QString getTabText() const;
+    void setTabText(const QString &text);
+
+    void setArchiveClient(kelArchiveClientInterface *client);
+    // Stores the client and reloads the type and status tables from it.
+    void setClassifyClient(ClassifyInterface *client);
+
+    // Writes the translated labels into the page.
+    void updateTranslations();
+    // Reconciles the page with the server in the background.
+    void updateCards();
+    // Reloads the document-type and status tables.
+    void loadClassificationInfo();
+
+    void lock();
+    bool tryLock(int timeout);
+
+    // Read-only views for callers and tests.
+    int cardCount() const;
+    QStringList cardIds() const;
+    QString documentIdOf(const QString &cardId) const;
+    bool isStopped() const;
+    static int cardLimit();
+
+signals:
+    void doSetCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount, QPixmap pix);
+    void reloadCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount);
+    void cardData(QString id, QStringList data);
+    void addNewClipboard();
+    void doRemoveClipboard();
+    void doCommand(QString command, QStringList args);
+    void doAddCard(QString docId, QString docsId, QString comment);
+    void doRemoveCard(QString id, bool doServer);
+    void doUpdateComment(QString id, QString comment);
+    void doSortCards();
+    void reloadClipboards();
+    void javascript(QString script);
+    void focusTab();
+
+public slots:
+    void addClipboard();
+    void clearClipboard();
+    void removeClipboard();
+    void searchCards(QString text);
+    void saveCard(QString id, QString text);
+    void openDocument(QString id, QString bemerkung, QString cardid);
+    void showClassification(QString id);
+    QString getCardPixmap(QString cardid, QString docid, QString curpage);
+    void startDrag();
+    void stopDrag();
+    void loadCardInfo(QString id);
+    void exportDocuments();
+    void mailDocuments();
+    void setPermissions();
+    QString getTranslation(QString label);
+    void emitAddClipboard();
+    void unlock();
+    void stop();
+    void doJavascript(QString jscript);
+    void doReloadCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount);
+    void setCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount, QPixmap pix);
+    void setPix(QString cardid, QString javascript, QPixmap pix);
+    void setCardData(QString id, QStringList data);
+    void checkDrag();
+    QString appendCard(QString docId, QString docsId, QString comment = QString(), bool doAdd = true);
+    void reloadCards();
+    void updateComment(QString id, QString comment);
+    void removeCard(QString id, bool doServer);
+    void sortCards();
+    void doFocusTab();
+
+private:
+    void updateCardsWorker(const QHash<QString, QString> &cards);
+    void getCardPixmapWorker(QString cardid, QString docid, QString curpage);
+    // Runs job on the work pool and keeps its future for stop(); false once stopped.
+    template<typename Job>
+    bool startJob(Job &&job);
+    QString countLine() const;
+    QString readOnlyScript(const QString &id) const;
+
+    QThreadPool m_workPool;
+    QThreadPool m_secondPool;
+    QList<QFuture<void>> m_futures;
+    std::atomic<bool> m_stopped{false};
+    QMap<QString, QString> m_translations;
+    bool m_writeable = true;
+    QMutex m_lock;
+    QPointer<kelArchiveClientInterface> m_archiveClient;
+    ClassifyInterface *m_classifyClient = nullptr;
+    QHash<QString, QString> m_cards;
+    QHash<QString, QString> m_documentTypes;
+    QHash<QString, QString> m_statuses;
+    QPointer<QTabBar> m_lastTabBar;
+    int m_lastTabIndex = -1;
+    QTimer m_dragTimer;
+    QString m_id;
+    QString m_tabText;
+    std::atomic<bool> m_updating{false};
+    bool m_reloading = false;
+    const int m_cardLimit = 200;
+    QWebChannel *m_channel = nullptr;
+    QPixmap m_placeholder; // 150 x 150, for pages without an image
+};
