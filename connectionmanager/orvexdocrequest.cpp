@@ -140,14 +140,8 @@ OrvexDocRequest OrvexDocRequest::parse(const QByteArray &method, const QByteArra
         } else if (key == QLatin1String("version")) {
             version = value;
             hasVersion = true;
-        } else if (key == QLatin1String("archive")) {
-            request.archive = value;
-        } else if (key == QLatin1String("host")) {
-            request.host = value;
         } else if (key == QLatin1String("port")) {
             port = value;
-        } else {
-            request.profileId = value;
         }
     }
 

@@ -14,6 +14,8 @@
 // that try path tricks ("." or ".." segments, encoded slashes or backslashes,
 // control characters, broken percent escapes), carry unknown or repeated
 // parameters or malformed values are refused with a status and a reason.
+// archive, host and profileId describe where the drag came from; the stand-in
+// serves one archive and only checks that they are well-formed parameters.
 struct OrvexDocRequest
 {
     int status = 0;       // 0: a valid request; otherwise the HTTP status to answer
@@ -21,9 +23,6 @@ struct OrvexDocRequest
     QString name;         // the decoded file name from the path; may be empty
     qlonglong docId = 0;  // > 0
     int version = 0;      // 0: the current version
-    QString archive;      // the remaining parameters, informational
-    QString host;
-    QString profileId;
 
     bool isValid() const { return status == 0; }
 
