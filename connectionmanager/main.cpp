@@ -1,0 +1,90 @@
+// orvexconnectionmanager: the Connection Manager stand-in for the demo and tests.
+#include "orvexconnectionmanager.h"
+#include "orvexlogindata.h"
+#include "orvexprofilestore.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QSettings>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+int g_signalPipe[2] = {-1, -1};
+
+void onTerminationSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const auto written = ::write(g_signalPipe[1], &byte, 1);
+}
+
+// SIGTERM and SIGINT end the event loop, so that the socket file and the lock
+// are removed as on a normal exit.
+void quitOnTerminationSignals(QCoreApplication &app)
+{
+    if (::pipe(g_signalPipe) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, &QCoreApplication::quit);
+    std::signal(SIGTERM, onTerminationSignal);
+    std::signal(SIGINT, onTerminationSignal);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("orvexconnectionmanager"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("0.1"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Connection Manager stand-in: serves the drag-and-drop port and the connection profiles."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption nameOption(
+        QStringLiteral("name"), QStringLiteral("Local socket name (default: %1).").arg(orvexLoginData::serverName()),
+        QStringLiteral("name"), orvexLoginData::serverName());
+    const QCommandLineOption portOption(
+        QStringLiteral("port"),
+        QStringLiteral("Drag-and-drop document server port (default: the profile file's dndPort, else %1).")
+            .arg(OrvexConnectionManager::kDefaultDndPort),
+        QStringLiteral("port"));
+    const QCommandLineOption profilesOption(
+        QStringLiteral("profiles"),
+        QStringLiteral("Profile file (default: %1).").arg(OrvexProfileStore::defaultFileName()),
+        QStringLiteral("file"), OrvexProfileStore::defaultFileName());
+    parser.addOptions({nameOption, portOption, profilesOption});
+    parser.process(app);
+
+    OrvexProfileStore store(parser.value(profilesOption));
+    if (!store.load()) {
+        std::fprintf(stderr, "orvexconnectionmanager: cannot read or create the profile file %s\n",
+                     qPrintable(store.fileName()));
+        return 2;
+    }
+    int port = store.dndPort() > 0 ? store.dndPort() : OrvexConnectionManager::kDefaultDndPort;
+    if (parser.isSet(portOption)) {
+        bool ok = false;
+        port = parser.value(portOption).toInt(&ok);
+        if (!ok || port <= 0 || port > 65535) {
+            std::fprintf(stderr, "orvexconnectionmanager: invalid port '%s'\n",
+                         qPrintable(parser.value(portOption)));
+            return 2;
+        }
+    }
+
+    OrvexConnectionManager manager(&store, port);
+    QString error;
+    if (!manager.start(parser.value(nameOption), &error)) {
+        std::fprintf(stderr, "orvexconnectionmanager: %s\n", qPrintable(error));
+        return 1;
+    }
+    quitOnTerminationSignals(app);
+    return app.exec();
+}

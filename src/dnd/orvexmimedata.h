@@ -1,0 +1,75 @@
+#pragma once
+
+#include "orvexworkbenchglobal.h"
+
+#include <QList>
+#include <QMap>
+#include <QMimeData>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+class ClassifyInterface;
+class OrvexArchiveWorker;
+
+// The data object of every drag of archive documents. The drag owner fills it
+// (marker format "x-application-orvex", the parallel docIds and docsIds lists,
+// the per-process docs-id stream, "text/uri-list" entries, remarks, worker and
+// classification client); a board that receives the drop reads the lists back.
+// Each object owns a private temporary folder for files it may export.
+class ORVEXWORKBENCH_EXPORT OrvexMimeData : public QMimeData
+{
+    Q_OBJECT
+
+public:
+    OrvexMimeData();
+    ~OrvexMimeData() override;
+
+    void setDocIds(const QStringList &docIds);
+    QStringList &getDocIds();
+    void setDocsIds(const QStringList &docsIds);
+    QStringList &getDocsIds();
+    // Takes the archive worker; the name says client for the drag owners' sake.
+    void setArchiveClient(OrvexArchiveWorker *worker);
+    OrvexArchiveWorker *getArchiveWorker();
+    void setClassifyClient(ClassifyInterface *client);
+    // Remark per document entry, keyed "docId#version" or the bare document id.
+    void setBemerkungen(QMap<QString, QString> remarks);
+
+    // Whether exactly the left, or exactly the right, mouse button is held.
+    bool getLButtonDown() const;
+
+    // Docs ids from this process's document stream ("x-vantrel-orvexdocument" + pid).
+    QList<qlonglong> getDocsIdsFromMimeData() const;
+    // The stored formats, then "text/x-orvex-uri", which is produced on request.
+    QStringList formats() const override;
+
+    // The stream format of this process.
+    static QString documentStreamFormat();
+
+    // Read access for the drop side and for tests.
+    bool isTargetOutside() const { return m_targetOutside; }
+    ClassifyInterface *getClassifyClient() const { return m_classifyClient; }
+    QMap<QString, QString> getBemerkungen() const { return m_remarks; }
+    QString getTempDir() const { return m_tempDir; }
+    QString getTempDirName() const { return m_tempDirName; }
+    qint64 getDndPort() const { return m_dndPort; }
+
+public slots:
+    // The drag owner reports the current drop target; nullptr means a target
+    // outside this application.
+    void setCurrentWidget(QObject *widget);
+
+private:
+    bool m_targetOutside = false;
+    QStringList m_docIds;
+    QStringList m_docsIds;
+    OrvexArchiveWorker *m_archiveWorker = nullptr; // not owned
+    ClassifyInterface *m_classifyClient = nullptr; // not owned
+    QMap<QString, QString> m_remarks;
+    QString m_tempDir;
+    bool m_exportPending = true;
+    QString m_tempDirName;
+    QVariant m_cachedFiles;
+    qint64 m_dndPort = 0;
+};
