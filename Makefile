@@ -21,13 +21,16 @@ build: configure
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
+# Extra host options: make demo DEMO_ARGS="--archive /tmp/my-archive"
 demo: build
-	@sh tools/demo.sh $(BUILD_DIR)
+	@sh tools/demo.sh $(BUILD_DIR) $(DEMO_ARGS)
 
 # Refreshes the catalogues from the sources; translate the new entries with
 # Qt Linguist (linguist translations/orvexworkbench_de.ts) and commit them.
 translations:
 	lupdate -no-obsolete -locations none src -ts translations/orvexworkbench_de.ts
+	lupdate -no-obsolete -locations none host -ts translations/orvexhost_de.ts
+	lupdate -no-obsolete -locations none -pluralonly host -ts translations/orvexhost_en.ts
 
 clean:
 	rm -rf $(BUILD_DIR)

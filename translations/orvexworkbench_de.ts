@@ -45,10 +45,185 @@
     </message>
 </context>
 <context>
+    <name>OrvexArchiveWorker</name>
+    <message>
+        <source>Failed to load the plugin: %1 Error: %2</source>
+        <translation>Das Plugin konnte nicht geladen werden: %1 Fehler: %2</translation>
+    </message>
+    <message>
+        <source>Failed to load the archive client: </source>
+        <translation>Der Archiv-Client konnte nicht geladen werden: </translation>
+    </message>
+    <message>
+        <source>Failed to load the archive client.</source>
+        <translation>Der Archiv-Client konnte nicht geladen werden.</translation>
+    </message>
+    <message>
+        <source>No archive client is connected.</source>
+        <translation>Es ist kein Archiv-Client verbunden.</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>%1 versions were given for %2 documents.</source>
+        <translation>Für %2 Dokumente wurden %1 Versionen angegeben.</translation>
+    </message>
+    <message>
+        <source>The folder %1 does not exist.</source>
+        <translation>Der Ordner %1 existiert nicht.</translation>
+    </message>
+    <message>
+        <source>Exportiere Dokument...</source>
+        <translation>Exportiere Dokument...</translation>
+    </message>
+    <message>
+        <source>Downloading ...</source>
+        <translation>Herunterladen ...</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Unable to export documents. Permissions missmatch.</source>
+        <translation>Die Dokumente können nicht exportiert werden. Die Berechtigungen stimmen nicht überein.</translation>
+    </message>
+    <message>
+        <source>Export documents...</source>
+        <translation>Dokumente exportieren...</translation>
+    </message>
+    <message>
+        <source>The file could not be saved!</source>
+        <translation>Die Datei konnte nicht gespeichert werden!</translation>
+    </message>
+    <message>
+        <source>File exists</source>
+        <translation>Datei existiert</translation>
+    </message>
+    <message>
+        <source>The file %1 already exists, overwrite?</source>
+        <translation>Die Datei %1 existiert bereits. Überschreiben?</translation>
+    </message>
+    <message>
+        <source>The file could not be overwritten.</source>
+        <translation>Die Datei konnte nicht überschrieben werden.</translation>
+    </message>
+    <message>
+        <source>Send Document(s)...</source>
+        <translation>Dokument(e) senden...</translation>
+    </message>
+    <message>
+        <source>E-Mail Command</source>
+        <translation>E-Mail-Befehl</translation>
+    </message>
+    <message>
+        <source>The e-mail could not be created, unable to start Mail-Client!</source>
+        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexDirUtils</name>
+    <message>
+        <source>Directory (%1) does not exist.</source>
+        <translation>Das Verzeichnis (%1) existiert nicht.</translation>
+    </message>
+    <message>
+        <source>File (%1) could not be deleted.</source>
+        <translation>Die Datei (%1) konnte nicht gelöscht werden.</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexDuplicatesDlg</name>
+    <message>
+        <source>Duplicate Detected</source>
+        <translation>Duplikat erkannt</translation>
+    </message>
+    <message>
+        <source>Original</source>
+        <translation>Original</translation>
+    </message>
+    <message>
+        <source>Duplicates</source>
+        <translation>Duplikate</translation>
+    </message>
+    <message>
+        <source>You are not authorized to display this duplicate.</source>
+        <translation>Sie sind nicht berechtigt, dieses Duplikat anzuzeigen.</translation>
+    </message>
+    <message>
+        <source>Docid</source>
+        <translation>Dok-ID</translation>
+    </message>
+    <message>
+        <source>Alternates the duplicate and the original in one place, so that differences flicker</source>
+        <translation>Zeigt Duplikat und Original abwechselnd an derselben Stelle, sodass Unterschiede flackern</translation>
+    </message>
+    <message>
+        <source>Show Difference</source>
+        <translation>Unterschied zeigen</translation>
+    </message>
+    <message>
+        <source>Previous</source>
+        <translation>Zurück</translation>
+    </message>
+    <message>
+        <source>Next</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>Found %1 duplicates</source>
+        <translation>%1 Duplikate gefunden</translation>
+    </message>
+    <message>
+        <source>Discards this file and stops archiving the remaining files</source>
+        <translation>Verwirft diese Datei und archiviert die übrigen Dateien nicht mehr</translation>
+    </message>
+    <message>
+        <source>Cancel All</source>
+        <translation>Alle abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexFileCopy</name>
+    <message>
+        <source>Transfer</source>
+        <translation>Übertragung</translation>
+    </message>
+    <message>
+        <source>Starting...</source>
+        <translation>Starte...</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Dateien</translation>
+    </message>
+    <message>
+        <source>&amp;Cancel</source>
+        <translation>&amp;Abbrechen</translation>
+    </message>
+    <message>
+        <source>Document sent. Waiting for confirmation...</source>
+        <translation>Dokument gesendet. Warte auf Bestätigung...</translation>
+    </message>
+</context>
+<context>
     <name>Orvexworkbenchplugin</name>
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>dmsmailnames</name>
+    <message>
+        <source>Send documents...</source>
+        <translation>Dokumente senden...</translation>
+    </message>
+    <message>
+        <source>use following filenames</source>
+        <translation>folgende Dateinamen verwenden</translation>
     </message>
 </context>
 <context>
@@ -86,6 +261,36 @@
     <message>
         <source>Clipboard Permissions</source>
         <translation>Berechtigungen der Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>orvexclipboardchooser</name>
+    <message>
+        <source>Form</source>
+        <translation>Formular</translation>
+    </message>
+    <message>
+        <source>Scroll up</source>
+        <translation>Nach oben blättern</translation>
+    </message>
+    <message>
+        <source>Scroll down</source>
+        <translation>Nach unten blättern</translation>
+    </message>
+</context>
+<context>
+    <name>orvexwbcornerwidget</name>
+    <message>
+        <source>Wizard</source>
+        <translation>Assistent</translation>
+    </message>
+    <message>
+        <source>Filter...</source>
+        <translation>Filter...</translation>
+    </message>
+    <message>
+        <source>Add New Clipboard</source>
+        <translation>Neue Zwischenablage hinzufügen</translation>
     </message>
 </context>
 <context>
@@ -164,6 +369,25 @@
     <message>
         <source>Clipboard</source>
         <translation>Zwischenablage</translation>
+    </message>
+</context>
+<context>
+    <name>orvexworkbenchtab</name>
+    <message>
+        <source>(unnamed)</source>
+        <translation>(ohne Namen)</translation>
+    </message>
+    <message>
+        <source>New Clipboard</source>
+        <translation>Neue Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard</source>
+        <translation>Zwischenablage entfernen</translation>
+    </message>
+    <message>
+        <source>Remove Clipboard </source>
+        <translation>Zwischenablage entfernen: </translation>
     </message>
 </context>
 </TS>

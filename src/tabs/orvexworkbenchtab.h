@@ -1,15 +1,23 @@
 #pragma once
 
 #include "orvexworkbenchglobal.h"
+#include "orvexwbcornerwidget.h"
 
+#include <QList>
+#include <QMutex>
+#include <QPair>
 #include <QStringList>
 #include <QTabWidget>
 
 class ClassifyInterface;
 class kelArchiveClientInterface;
 class orvexclipboardchooser;
+class orvexwbwebview;
+class QLineEdit;
 
-// The tab set inside the workbench dock: one tab per clipboard.
+// The tab set inside the workbench dock: one tab per clipboard, each showing a
+// card board. Keeps the tabs in step with the server's clipboard list, creates,
+// renames, filters and removes clipboards, and refills the chooser strip.
 class ORVEXWORKBENCH_EXPORT orvexworkbenchtab : public QTabWidget
 {
     Q_OBJECT
@@ -21,22 +29,77 @@ public:
     void setChooser(orvexclipboardchooser *chooser);
     void setArchiveClient(kelArchiveClientInterface *client);
     void setClassifyClient(ClassifyInterface *client);
+    // Light refresh: the clipboard list, then the cards of every board.
     void updateData();
+    // Full reload: the classification tables and the cards of every board.
     void reloadData();
+    // Stops every board's background work; nothing runs on a board afterwards.
     void stop();
+    // Renames the clipboard of the tab on the server. The tab shows the text
+    // even when the server refuses; an empty text restores the clipboard's name.
+    void setTabText(int index, const QString &text);
+
+    bool event(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
     orvexclipboardchooser *chooser() const { return m_chooser; }
     kelArchiveClientInterface *archiveClient() const { return m_archiveClient; }
     ClassifyInterface *classifyClient() const { return m_classifyClient; }
+    orvexwbcornerwidget *cornerControls() { return &m_cornerWidget; }
+    orvexwbwebview *boardAt(int index) const;
+    QList<orvexwbwebview *> boards() const;
+
+    // The style sheets of the tab bar: with the full sheet disabled tabs take
+    // no room, which is how the filter hides them.
+    static QString fullSheet();
+    static QString buttonOnlySheet();
 
 signals:
     void doCommand(QString command, QStringList args);
 
 private slots:
+    void setLoaded(bool isLoaded);
     void reloadClipboards();
+    void focusTab();
+    void editNewTabTitle(int index);
+    void addNewClipboard(QString uuid, QString name, bool focus, bool writeable);
+    void addNewClipboard(QString uuid, QString name, bool focus);
+    void addNewClipboard(QString uuid, QString name);
+    void addNewClipboard(QString uuid);
+    void addNewClipboard();
+    void removeClipboard(int index);
+    void doRemoveClipboard();
+    void setNewTabTitle();
+    void addAddTab();
+    void tabFilterChanged(QString text);
+    void reloadCards();
 
 private:
+    // Brackets code that runs a nested event loop; a clipboard-list reload
+    // asked for meanwhile runs once the outermost bracket closes.
+    void enterBusy();
+    void leaveBusy();
+    QString nextNewClipboardName() const;
+    QString titleFor(const QString &name) const;
+    void decorateTab(int index);
+    // Takes the tab away and disposes of its board; keeps a rename in
+    // progress on another tab pointing at the right one.
+    void dropTab(int index);
+    void cancelRename();
+    void connectTabBar();
+    void disconnectTabBar();
+
     orvexclipboardchooser *m_chooser = nullptr;
     kelArchiveClientInterface *m_archiveClient = nullptr;
     ClassifyInterface *m_classifyClient = nullptr;
+    QLineEdit *m_renameEditor = nullptr;
+    int m_editingIndex = -1;
+    orvexwbcornerwidget m_cornerWidget;
+    QList<QPair<QString, orvexwbwebview *>> m_boards;
+    bool m_loaded = false;
+    QMutex m_lock;
+
+    int m_busy = 0;
+    bool m_reloadPending = false;
+    bool m_destroying = false;
 };

@@ -1,0 +1,170 @@
+#include "orvexarchive.h"
+
+#include "orvexarchiveclient.h"
+#include "orvexarchivestore.h"
+#include "orvexclassifyclient.h"
+#include "orvexsamplearchive.h"
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QStandardPaths>
+#include <QVariant>
+
+OrvexArchive::OrvexArchive(QObject *parent)
+    : QObject(parent)
+    , m_user(OrvexArchiveStore::operatingSystemUser())
+{
+}
+
+OrvexArchive::~OrvexArchive()
+{
+    // The clients use the store; they go first.
+    delete m_archiveClient;
+    delete m_classify;
+}
+
+QString OrvexArchive::defaultLocation()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/orvex/archive");
+}
+
+bool OrvexArchive::open(const QString &folder, bool createSampleWhenNew)
+{
+    delete m_archiveClient;
+    m_archiveClient = nullptr;
+    delete m_classify;
+    m_classify = nullptr;
+    if (m_store)
+        disconnect(m_store.data(), nullptr, this, nullptr);
+    QString error;
+    m_store = OrvexArchiveStore::shared(folder, createSampleWhenNew, &error);
+    if (!m_store || !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
+        m_lastError = error;
+        m_store.reset();
+        return false;
+    }
+    connect(m_store.data(), &OrvexArchiveStore::documentsChanged, this, &OrvexArchive::documentsChanged);
+    m_lastError.clear();
+    return true;
+}
+
+QString OrvexArchive::lastError() const
+{
+    return m_lastError;
+}
+
+QString OrvexArchive::folder() const
+{
+    return m_store ? m_store->folder() : QString();
+}
+
+bool OrvexArchive::isOpen() const
+{
+    return m_store && m_store->isOpen();
+}
+
+QString OrvexArchive::user() const
+{
+    return m_user;
+}
+
+void OrvexArchive::setUser(const QString &userId)
+{
+    m_user = userId;
+    if (m_classify)
+        m_classify->setUser(userId);
+}
+
+OrvexConnectionValues OrvexArchive::connectionValues() const
+{
+    OrvexConnectionValues values;
+    if (!isOpen())
+        return values;
+    values.server = m_store->setting(QStringLiteral("server"));
+    values.port = m_store->setting(QStringLiteral("port")).toInt();
+    values.login1 = m_user;
+    values.login2 = m_store->setting(QStringLiteral("local_password"));
+    values.archiveName = m_store->setting(QStringLiteral("archive_name"));
+    values.login3 = m_store->setting(QStringLiteral("tenant"));
+    return values;
+}
+
+QList<OrvexArchiveDocument> OrvexArchive::documents() const
+{
+    QList<OrvexArchiveDocument> documents;
+    if (!isOpen())
+        return documents;
+    QSqlDatabase db = m_store->database();
+    QSqlQuery query(db);
+    if (!query.exec(QStringLiteral(
+            "SELECT d.id, d.title, COALESCE(t.name, ''), COALESCE(s.name, ''), v.pages, "
+            "(SELECT COUNT(*) FROM versions WHERE doc_id = d.id), d.file_name, d.docs_id, d.doc_date "
+            "FROM documents d JOIN versions v ON v.doc_id = d.id AND v.version = d.current_version "
+            "LEFT JOIN doc_types t ON t.key = d.type_key LEFT JOIN doc_statuses s ON s.key = d.status_key "
+            "ORDER BY d.id")))
+        return documents;
+    while (query.next()) {
+        OrvexArchiveDocument document;
+        document.id = query.value(0).toLongLong();
+        document.title = query.value(1).toString();
+        document.typeName = query.value(2).toString();
+        document.statusName = query.value(3).toString();
+        document.pages = query.value(4).toInt();
+        document.versions = query.value(5).toInt();
+        document.fileName = query.value(6).toString();
+        document.docsId = query.value(7).toLongLong();
+        document.date = query.value(8).toString();
+        documents << document;
+    }
+    for (OrvexArchiveDocument &document : documents)
+        document.readable = m_store->mayRead(m_user, document.id);
+    return documents;
+}
+
+ClassifyInterface *OrvexArchive::classifyClient()
+{
+    if (!isOpen())
+        return nullptr;
+    if (!m_classify) {
+        m_classify = new OrvexClassifyClient(m_store);
+        m_classify->setUser(m_user);
+    }
+    return m_classify;
+}
+
+kelArchiveClientInterface *OrvexArchive::archiveClient()
+{
+    if (!isOpen())
+        return nullptr;
+    if (!m_archiveClient)
+        m_archiveClient = new OrvexArchiveClient(m_store);
+    return m_archiveClient;
+}
+
+qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title)
+{
+    if (!isOpen()) {
+        m_lastError = QStringLiteral("No archive is open");
+        return 0;
+    }
+    QStringList createdFiles;
+    qlonglong docId = 0;
+    QString error;
+    const bool ok = m_store->write([&](QSqlDatabase &db, QString &stepError) {
+        OrvexArchiveStore::ImportOptions options;
+        options.title = title;
+        options.owner = m_user;
+        docId = m_store->importFile(db, filePath, options, 0, createdFiles, stepError);
+        return docId != 0;
+    }, &error);
+    if (!ok) {
+        for (const QString &path : qAsConst(createdFiles))
+            QFile::remove(path);
+        m_lastError = error;
+        return 0;
+    }
+    emit documentsChanged();
+    return docId;
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "orvexarchiveglobal.h"
+
+#include <QList>
+#include <QObject>
+#include <QSharedPointer>
+#include <QString>
+
+class ClassifyInterface;
+class kelArchiveClientInterface;
+class OrvexArchiveStore;
+class OrvexArchiveClient;
+class OrvexClassifyClient;
+
+// One document as the host's document list shows it.
+struct OrvexArchiveDocument
+{
+    qlonglong id = 0;
+    QString title;
+    QString typeName;
+    QString statusName;
+    int pages = 0;
+    int versions = 0;
+    QString fileName;
+    qlonglong docsId = 0; // the document's entry number: what drags carry beside the id
+    QString date;         // yyyy-MM-dd
+    bool readable = true; // false: the current user may not see the document
+};
+
+// The six values a host passes to TavloDocPluginInterface::setArchiveData, in that order.
+struct OrvexConnectionValues
+{
+    QString server;
+    int port = 0;
+    QString login1;
+    QString login2;
+    QString archiveName;
+    QString login3;
+};
+
+// The embedded archive: an SQLite database with the documents' files in a data
+// folder beside it. It hands out the two clients a host gives the workbench; both
+// act as user(). The clients are owned by this object. Everything in one process
+// that opens the same folder (this object, clients of the plugin library) shares
+// one store, so documentsChanged() also reports uploads made by those clients.
+class ORVEXARCHIVE_EXPORT OrvexArchive : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit OrvexArchive(QObject *parent = nullptr);
+    ~OrvexArchive() override;
+
+    static QString defaultLocation(); // under the user's data folder
+    // Where clients made by the plugin library look for the archive (else defaultLocation()).
+    static constexpr const char *FolderVariable = "ORVEX_ARCHIVE_DIR";
+
+    // Opens (and migrates) the archive in folder; an empty or missing folder gets
+    // a fresh archive, filled with the sample documents when createSampleWhenNew.
+    bool open(const QString &folder, bool createSampleWhenNew = true);
+    QString lastError() const;
+    QString folder() const;
+    bool isOpen() const;
+
+    QString user() const;
+    void setUser(const QString &userId); // default: the operating-system user
+
+    OrvexConnectionValues connectionValues() const; // values the archive's own checks accept
+    QList<OrvexArchiveDocument> documents() const;
+
+    ClassifyInterface *classifyClient();        // acts as user()
+    kelArchiveClientInterface *archiveClient(); // not yet connected
+
+    // Import a local file as a new document (the host's own upload path); 0 on failure.
+    qlonglong importFile(const QString &filePath, const QString &title = {});
+
+signals:
+    void documentsChanged();
+
+private:
+    QSharedPointer<OrvexArchiveStore> m_store;
+    OrvexClassifyClient *m_classify = nullptr;
+    OrvexArchiveClient *m_archiveClient = nullptr;
+    QString m_lastError;
+    QString m_user;
+};

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "orvexarchiveglobal.h"
+
+#include "kelarchiveclientinterface.h"
+
+#include <QAtomicInt>
+#include <QMutex>
+#include <QSharedPointer>
+#include <QTemporaryDir>
+
+#include <functional>
+
+class OrvexArchiveStore;
+class QSqlDatabase;
+
+// The archive's own archive client. The connection chain checks server, port,
+// login (user, password, tenant) and archive name against the archive's
+// settings; until it has run, every document operation refuses. Exports are
+// copied in chunks into a temporary folder of the client with the byte-count
+// signals, uploads are streamed in chunks into the archive's upload folder;
+// cancelStreaming() stops either between two chunks. sendFile() and
+// checkDuplicates() may run on a pool thread (one database connection per thread).
+//
+// Thumbnails: poppler renders the page to fit into size x size, cached per
+// (document, version, page, size) in the archive's cache folder. A document the
+// user may not read gives an empty answer for a card; the duplicate check
+// (option1 == 9) gets notAuthorisedImage() instead.
+//
+// checkDuplicates() answers [upload id] when nothing matches; otherwise
+// [upload id, N, N x "page<i>;<base64 PNG of upload page i>", then one
+// "docId;version;page;content|page;page<i>" line per archived page that equals
+// upload page i by file content or by page image]. A file that cannot be
+// archived (a damaged PDF) gives an empty answer and its upload is discarded.
+class ORVEXARCHIVE_EXPORT OrvexArchiveClient : public kelArchiveClientInterface
+{
+    Q_OBJECT
+
+public:
+    static constexpr int ChunkSize = 64 * 1024;
+    static constexpr int DuplicateCheckOption = 9;
+
+    // Without a store the client opens the archive named by the environment
+    // variable ORVEX_ARCHIVE_DIR, else OrvexArchive::defaultLocation(), on
+    // createClient().
+    explicit OrvexArchiveClient(QSharedPointer<OrvexArchiveStore> store = {}, QObject *parent = nullptr);
+    ~OrvexArchiveClient() override;
+
+    // The PNG sent instead of a page the user may not see, and its MD5 (hex).
+    static QByteArray notAuthorisedImage();
+    static QString notAuthorisedImageMd5();
+
+    bool isConnected() const;
+    QString user() const; // the logged-in user; empty before logIn
+    // Bytes per chunk of a copy; tests make it small to cancel mid-copy.
+    void setChunkSize(int bytes);
+
+    // kelArchiveClientInterface
+    kelArchiveClientInterface *createClient(QString applicationDirPath) override;
+    bool openConnection(QString server, int port) override;
+    bool resetConnection() override;
+    QString getLastError() override;
+    bool getArchiveNames(QStringList &names) override;
+    bool selectArchive(QString archiveName) override;
+    bool exportDocument(int docId, QString &localPath, int purpose, QString option) override;
+    qlonglong getLastArchivedDocId() override;
+    QStringList searchDocs(QString query) override;
+    bool exportDocumentVersion(int docId, int version, QString &localPath) override;
+    bool exportDocumentVersionAlt(int docId, int version, QString &localPath) override;
+    QStringList getAllVersions(int docId) override;
+    bool logIn(QString login1, QString login2, QString login3) override;
+    bool getDocumentInfo(QStringList docIds, QStringList &info) override;
+    QByteArray getDocumentThumbnail(int docId, int page, int size, int &pageCount, QString &format,
+                                    int option1, int option2, int version) override;
+    bool deleteDocument(QString docId, QStringList options) override;
+    bool getDocumentActions(QStringList docIds, QStringList &actions, int mode, QString option) override;
+    bool writeDocumentInfo(int docId, int mode) override;
+    bool moveDocToArchive(qlonglong docId, int target) override;
+    QString getDocumentFileName(QString docId, QString docsId) override;
+    QStringList getDocumentFileNames(QStringList docIds, QStringList docsIds) override;
+    QString getDocumentPartFileName(QString docId, QString docsId, QString version) override;
+    QStringList checkDuplicates(QString archiveData, QString filePath, QString uploadId, bool flag,
+                                int option1, int option2, int option3, int option4) override;
+    bool commitUpload(QString uploadId) override;
+    void discardUpload(QString uploadId) override;
+    bool sendFile(QString filePath, QString &uploadId) override;
+    void cancelStreaming() override;
+
+signals:
+    void documentsChanged();
+
+private:
+    struct VersionFile
+    {
+        QString path;
+        QString fileName;
+        int version = 0;
+        int pages = 0;
+        qint64 size = 0;
+    };
+    bool fail(const QString &error);
+    bool requireConnection();
+    // The file of one version (0 or less: the current one) of a readable document.
+    bool versionFile(qlonglong docId, int version, VersionFile &file);
+    bool exportVersion(qlonglong docId, int version, QString &localPath);
+    // Copies in chunks with the byte-count signals; false when canceled or failing.
+    bool copyChunked(const QString &from, const QString &to, qint64 total);
+    QString fileNameFor(qlonglong docId, int version);
+
+    QSharedPointer<OrvexArchiveStore> m_store;
+    mutable QMutex m_mutex;
+    QString m_lastError;
+    QString m_server;
+    int m_port = 0;
+    QString m_user;
+    QString m_archive;
+    bool m_open = false;
+    qlonglong m_lastArchivedDocId = 0;
+    int m_chunkSize = ChunkSize;
+    QAtomicInt m_cancel;
+    QTemporaryDir *m_exportDir = nullptr;
+    int m_exportCount = 0;
+};

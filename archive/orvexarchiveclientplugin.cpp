@@ -1,0 +1,6 @@
+#include "orvexarchiveclientplugin.h"
+
+OrvexArchiveClientPlugin::OrvexArchiveClientPlugin(QObject *parent)
+    : OrvexArchiveClient({}, parent)
+{
+}

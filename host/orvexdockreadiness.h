@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+#include <QSet>
+#include <QTimer>
+
+#include <functional>
+
+class QWebEngineView;
+
+// Tells when the workbench dock shows its final picture: the window and the
+// dock are on screen and every board in the dock has finished loading. It
+// polls, because boards come and go while the dock fills its tabs, and it
+// wants the answer twice in a row before it believes it.
+class OrvexDockReadiness : public QObject
+{
+    Q_OBJECT
+
+public:
+    OrvexDockReadiness(QWidget *window, QWidget *dock, QObject *parent = nullptr);
+
+    void start(int intervalMs = 250);
+    bool isReady() const { return m_ready; }
+    // What is still awaited, for the message when the wait times out.
+    QString pendingDescription() const;
+
+    // The script a board's page answers with true once it is complete.
+    static QString boardFinishedScript();
+
+signals:
+    void ready();
+
+private:
+    void poll();
+    bool windowAndDockShown() const;
+    QList<QWebEngineView *> boards() const;
+    void trackLoading(QWebEngineView *board);
+    // Whether every board in the dock has finished loading: its page is set,
+    // no load is in flight and the page itself reports that it is complete.
+    // Answers through done, once, possibly after the event loop ran.
+    void checkBoardsFinishedLoading(const std::function<void(bool finished, int pending)> &done);
+
+    QPointer<QWidget> m_window;
+    QPointer<QWidget> m_dock;
+    QTimer m_timer;
+    QSet<QWebEngineView *> m_tracked;
+    QSet<QWebEngineView *> m_loading;
+    QElapsedTimer m_roundStarted;
+    int m_round = 0;
+    bool m_roundRunning = false;
+    int m_readyRounds = 0;
+    int m_boardCount = 0;
+    int m_pendingBoards = 0;
+    bool m_ready = false;
+};

@@ -1,0 +1,178 @@
+#include "orvexhostwindow.h"
+#include "ui_orvexhostwindow.h"
+
+#include "classifyinterface.h"
+#include "kelarchiveclientinterface.h"
+#include "orvexarchive.h"
+#include "orvexdocumentfiltermodel.h"
+#include "orvexdocumentlistmodel.h"
+#include "orvexhostcommands.h"
+#include "tavlodocplugininterface.h"
+
+#include <QDir>
+#include <QDockWidget>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLoggingCategory>
+
+Q_LOGGING_CATEGORY(lcHost, "orvex.host")
+
+OrvexHostWindow::OrvexHostWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui::OrvexHostWindow)
+    , m_model(new OrvexDocumentListModel(this))
+    , m_filterModel(new OrvexDocumentFilterModel(this))
+    , m_countLabel(new QLabel(this))
+    , m_userLabel(new QLabel(this))
+{
+    ui->setupUi(this);
+    m_filterModel->setSourceModel(m_model);
+    ui->m_documentView->setModel(m_filterModel);
+    ui->m_documentView->sortByColumn(OrvexDocumentListModel::IdColumn, Qt::AscendingOrder);
+
+    QHeaderView *header = ui->m_documentView->horizontalHeader();
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(OrvexDocumentListModel::TitleColumn, QHeaderView::Stretch);
+    ui->m_documentView->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+
+    m_countLabel->setObjectName(QStringLiteral("countLabel"));
+    m_userLabel->setObjectName(QStringLiteral("userLabel"));
+    statusBar()->addPermanentWidget(m_countLabel);
+    statusBar()->addPermanentWidget(m_userLabel);
+    m_userLabel->hide();
+
+    connect(ui->m_filter, &QLineEdit::textChanged, m_filterModel, &OrvexDocumentFilterModel::setFilterText);
+    connect(m_filterModel, &QAbstractItemModel::rowsInserted, this, &OrvexHostWindow::updateDocumentCount);
+    connect(m_filterModel, &QAbstractItemModel::rowsRemoved, this, &OrvexHostWindow::updateDocumentCount);
+    connect(m_filterModel, &QAbstractItemModel::modelReset, this, &OrvexHostWindow::updateDocumentCount);
+    connect(m_filterModel, &QAbstractItemModel::layoutChanged, this, &OrvexHostWindow::updateDocumentCount);
+    connect(ui->actionFilter, &QAction::triggered, this, [this] {
+        ui->m_filter->setFocus(Qt::ShortcutFocusReason);
+        ui->m_filter->selectAll();
+    });
+    connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
+    connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
+    updateDocumentCount();
+}
+
+OrvexHostWindow::~OrvexHostWindow()
+{
+    delete ui;
+}
+
+void OrvexHostWindow::setDocuments(const QList<OrvexArchiveDocument> &documents)
+{
+    const QList<qlonglong> selected = selectedDocumentIds();
+    m_model->setDocuments(documents);
+    selectDocuments(selected);
+}
+
+void OrvexHostWindow::setArchiveFolder(const QString &folder)
+{
+    setWindowTitle(tr("Orvex Host – %1").arg(QDir::toNativeSeparators(folder)));
+}
+
+void OrvexHostWindow::setUserName(const QString &user)
+{
+    m_userLabel->setText(tr("User: %1").arg(user));
+    m_userLabel->setVisible(!user.isEmpty());
+}
+
+QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, ClassifyInterface *classifyClient,
+                                               kelArchiveClientInterface *archiveClient,
+                                               const OrvexConnectionValues &connection)
+{
+    m_workbench = plugin;
+    connect(plugin, &TavloDocPluginInterface::doCommand, this, &OrvexHostWindow::carryOutWorkbenchCommand);
+    connect(plugin, &TavloDocPluginInterface::requestCurrentDocIds, this, &OrvexHostWindow::sendCurrentDocIds);
+    connect(plugin, &TavloDocPluginInterface::refreshParent, this, &OrvexHostWindow::reloadRequested);
+    plugin->setArchiveClient(archiveClient);
+    plugin->setClassifyClient(classifyClient);
+    plugin->setArchiveData(connection.server, connection.port, connection.login1, connection.login2,
+                           connection.archiveName, connection.login3);
+
+    QWidget *widget = plugin->getDockWidget(this);
+    m_workbenchDock = qobject_cast<QDockWidget *>(widget);
+    if (!m_workbenchDock) {
+        // A plugin may hand over a plain widget; the host gives it a dock of its own.
+        m_workbenchDock = new QDockWidget(plugin->getPluginName(), this);
+        m_workbenchDock->setObjectName(QStringLiteral("dockWorkbench"));
+        m_workbenchDock->setWidget(widget);
+    }
+    addDockWidget(Qt::RightDockWidgetArea, m_workbenchDock);
+    resizeDocks({m_workbenchDock}, {qMax(m_workbenchDock->minimumWidth(), width() * 2 / 5)}, Qt::Horizontal);
+
+    QAction *toggle = m_workbenchDock->toggleViewAction();
+    ui->menuView->addSeparator();
+    ui->menuView->addAction(toggle);
+    const QList<QAction *> pluginActions = plugin->getMenuActions();
+    if (!pluginActions.isEmpty()) {
+        ui->menuView->addSeparator();
+        ui->menuView->addActions(pluginActions);
+    }
+    return m_workbenchDock;
+}
+
+void OrvexHostWindow::sendCurrentDocIds()
+{
+    if (!m_workbench)
+        return;
+    QList<int> docIds;
+    QList<int> docsIds;
+    const QModelIndexList rows = ui->m_documentView->selectionModel()->selectedRows();
+    for (const QModelIndex &index : rows) {
+        docIds << int(index.data(OrvexDocumentListModel::DocumentIdRole).toLongLong());
+        docsIds << int(index.data(OrvexDocumentListModel::DocsIdRole).toLongLong());
+    }
+    m_workbench->setCurrentDocIds(docIds, docsIds);
+}
+
+QList<qlonglong> OrvexHostWindow::selectedDocumentIds() const
+{
+    QList<qlonglong> ids;
+    const QModelIndexList rows = ui->m_documentView->selectionModel()->selectedRows();
+    for (const QModelIndex &index : rows)
+        ids << index.data(OrvexDocumentListModel::DocumentIdRole).toLongLong();
+    return ids;
+}
+
+void OrvexHostWindow::selectDocuments(const QList<qlonglong> &ids)
+{
+    QItemSelection selection;
+    for (qlonglong id : ids) {
+        const int row = m_model->rowOfDocument(id);
+        if (row < 0)
+            continue;
+        const QModelIndex index = m_filterModel->mapFromSource(m_model->index(row, 0));
+        if (index.isValid())
+            selection.select(index, index);
+    }
+    ui->m_documentView->selectionModel()->select(
+        selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void OrvexHostWindow::carryOutWorkbenchCommand(const QString &command, const QStringList &args)
+{
+    // None of the commands is carried out by this host yet; the message stays
+    // until the next one replaces it, and the log keeps every one.
+    qCInfo(lcHost).noquote() << "COMMAND" << command << args.join(QStringLiteral(", "));
+    statusBar()->showMessage(OrvexHostCommands::notAvailableMessage(command, args));
+}
+
+void OrvexHostWindow::updateDocumentCount()
+{
+    const int total = m_model->rowCount();
+    const int shown = m_filterModel->rowCount();
+    if (shown == total)
+        m_countLabel->setText(tr("%n document(s)", nullptr, total));
+    else
+        m_countLabel->setText(tr("%1 of %n document(s)", nullptr, total).arg(shown));
+}
+
+void OrvexHostWindow::reload()
+{
+    emit reloadRequested();
+    if (m_workbench)
+        m_workbench->updateData();
+}

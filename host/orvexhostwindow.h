@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QList>
+#include <QMainWindow>
+#include <QStringList>
+
+class ClassifyInterface;
+class kelArchiveClientInterface;
+class OrvexDocumentFilterModel;
+class OrvexDocumentListModel;
+class QDockWidget;
+class QLabel;
+class TavloDocPluginInterface;
+struct OrvexArchiveDocument;
+struct OrvexConnectionValues;
+namespace Ui {
+class OrvexHostWindow;
+}
+
+// The demo host's main window: the archive's documents in a sortable,
+// filterable list, and the workbench dock on the right.
+class OrvexHostWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit OrvexHostWindow(QWidget *parent = nullptr);
+    ~OrvexHostWindow() override;
+
+    // Replaces the listed documents; the selection is kept for documents that remain.
+    void setDocuments(const QList<OrvexArchiveDocument> &documents);
+    void setArchiveFolder(const QString &folder);
+    void setUserName(const QString &user);
+
+    // Hands the workbench the host's clients and connection, then docks its
+    // widget on the right, the way any host of the plugin does.
+    QDockWidget *installWorkbench(TavloDocPluginInterface *plugin, ClassifyInterface *classifyClient,
+                                  kelArchiveClientInterface *archiveClient,
+                                  const OrvexConnectionValues &connection);
+
+    TavloDocPluginInterface *workbench() const { return m_workbench; }
+    QDockWidget *workbenchDock() const { return m_workbenchDock; }
+    QList<qlonglong> selectedDocumentIds() const;
+    void selectDocuments(const QList<qlonglong> &ids);
+
+signals:
+    // The user or the workbench asked for a fresh document list.
+    void reloadRequested();
+
+public slots:
+    // A command raised by the workbench (doCommand).
+    void carryOutWorkbenchCommand(const QString &command, const QStringList &args);
+
+private:
+    // The workbench asks which documents are selected (requestCurrentDocIds).
+    void sendCurrentDocIds();
+    void updateDocumentCount();
+    void reload();
+
+    Ui::OrvexHostWindow *ui;
+    OrvexDocumentListModel *m_model;
+    OrvexDocumentFilterModel *m_filterModel;
+    QLabel *m_countLabel;
+    QLabel *m_userLabel;
+    TavloDocPluginInterface *m_workbench = nullptr;
+    QDockWidget *m_workbenchDock = nullptr;
+};

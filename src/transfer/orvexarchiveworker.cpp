@@ -1,0 +1,641 @@
+#include "orvexarchiveworker.h"
+
+#include "dmsmailnames.h"
+#include "kelarchiveclientinterface.h"
+#include "orvexdirutils.h"
+#include "orvexfilecopy.h"
+#include "orvexlog.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPluginLoader>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QUrl>
+
+namespace {
+
+QList<qlonglong> unknownEntries(int count)
+{
+    QList<qlonglong> entries;
+    entries.reserve(count);
+    for (int i = 0; i < count; ++i)
+        entries << -1;
+    return entries;
+}
+
+QStringList decimal(const QList<qlonglong> &numbers)
+{
+    QStringList texts;
+    texts.reserve(numbers.size());
+    for (qlonglong number : numbers)
+        texts << QString::number(number);
+    return texts;
+}
+
+// A name the archive or the user supplies becomes one file name: no folder
+// part, no NUL. Empty when nothing usable is left.
+QString plainFileName(QString name)
+{
+    name.remove(QChar(0));
+    name.replace(QLatin1Char('/'), QLatin1Char('_'));
+    if (name.trimmed().isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
+        return {};
+    return name;
+}
+
+void keepResponsive()
+{
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+} // namespace
+
+OrvexArchiveWorker::OrvexArchiveWorker(QObject *parent)
+    : QObject(parent), m_fileCopy(new OrvexFileCopy)
+{
+    connect(m_fileCopy.get(), &OrvexFileCopy::cancelClicked, this, &OrvexArchiveWorker::cancelStreaming);
+}
+
+OrvexArchiveWorker::~OrvexArchiveWorker()
+{
+    if (m_ownsClient)
+        delete m_client;
+}
+
+void OrvexArchiveWorker::setConnectionSettings(QString server, int port, QString login1,
+                                               QString login2, QString login3)
+{
+    m_server = server;
+    m_port = port;
+    m_login1 = login1;
+    m_login2 = login2;
+    m_login3 = login3;
+}
+
+void OrvexArchiveWorker::selectArchive(QString name)
+{
+    m_archiveName = name;
+    doDisconnect();
+    // A wrong name keeps the connection, so that another name needs no new login.
+    doConnect(true);
+}
+
+bool OrvexArchiveWorker::doConnect(bool keepOnArchiveFailure)
+{
+    if (!m_client) {
+        const QString folder = applicationFolder();
+        const QString path = folder + QDir::separator() + QLatin1String(ClientLibraryName);
+        QPluginLoader loader(path);
+        if (!loader.load()) {
+            m_lastError = tr("Failed to load the plugin: %1 Error: %2").arg(path, loader.errorString());
+            orvexWarning() << "ARCHIVE WORKER" << m_lastError;
+            return false;
+        }
+        QObject *root = loader.instance();
+        auto *factory = root ? qobject_cast<kelArchiveClientInterface *>(root) : nullptr;
+        if (!factory) {
+            m_lastError = tr("Failed to load the archive client: ");
+            orvexWarning() << "ARCHIVE WORKER" << m_lastError << path;
+            loader.unload();
+            return false;
+        }
+        kelArchiveClientInterface *client = factory->createClient(folder);
+        if (!client) {
+            m_lastError = tr("Failed to load the archive client.");
+            orvexWarning() << "ARCHIVE WORKER" << m_lastError << path;
+            return false;
+        }
+        adoptClient(client, true);
+    }
+
+    if (!m_client->openConnection(m_server, m_port)) {
+        m_lastError = m_client->getLastError();
+        m_client->resetConnection();
+        return false;
+    }
+    if (!m_client->logIn(m_login1, m_login2, m_login3)) {
+        m_lastError = m_client->getLastError();
+        m_client->resetConnection();
+        return false;
+    }
+    if (m_client->selectArchive(m_archiveName))
+        return true;
+    m_lastError = m_client->getLastError();
+    if (!keepOnArchiveFailure)
+        m_client->resetConnection();
+    return false;
+}
+
+void OrvexArchiveWorker::doDisconnect()
+{
+    if (m_client)
+        m_client->resetConnection();
+}
+
+void OrvexArchiveWorker::setArchiveClient(kelArchiveClientInterface *client)
+{
+    if (client == m_client)
+        return;
+    if (m_client) {
+        m_client->disconnect(m_fileCopy.get());
+        if (m_ownsClient)
+            delete m_client;
+    }
+    m_client = nullptr;
+    m_ownsClient = false;
+    if (client)
+        adoptClient(client, false);
+}
+
+void OrvexArchiveWorker::adoptClient(kelArchiveClientInterface *client, bool owned)
+{
+    m_client = client;
+    m_ownsClient = owned;
+    connect(m_client, &kelArchiveClientInterface::totalFileSize, m_fileCopy.get(),
+            QOverload<QString>::of(&OrvexFileCopy::setProgressMax));
+    connect(m_client, &kelArchiveClientInterface::currentReadSize, m_fileCopy.get(),
+            QOverload<QString>::of(&OrvexFileCopy::setProgressValue));
+    connect(m_client, &kelArchiveClientInterface::saveDocEnd, m_fileCopy.get(), &OrvexFileCopy::copyFinished);
+}
+
+kelArchiveClientInterface *OrvexArchiveWorker::getArchiveClient() const
+{
+    return m_client;
+}
+
+QString OrvexArchiveWorker::getCurrentArchive() const
+{
+    return m_archiveName;
+}
+
+QString OrvexArchiveWorker::getLastError() const
+{
+    return m_lastError;
+}
+
+void OrvexArchiveWorker::setParentWidget(QWidget *parent)
+{
+    m_parentWidget = parent;
+}
+
+void OrvexArchiveWorker::closeFileDialog()
+{
+}
+
+void OrvexArchiveWorker::setApplicationFolder(const QString &folder)
+{
+    m_applicationFolder = folder;
+}
+
+QString OrvexArchiveWorker::applicationFolder() const
+{
+    return m_applicationFolder.isEmpty() ? QCoreApplication::applicationDirPath() : m_applicationFolder;
+}
+
+bool OrvexArchiveWorker::requireClient()
+{
+    if (m_client)
+        return true;
+    m_lastError = tr("No archive client is connected.");
+    return false;
+}
+
+bool OrvexArchiveWorker::getArchiveNames(QStringList &names)
+{
+    if (!requireClient())
+        return false;
+    return m_client->getArchiveNames(names);
+}
+
+QStringList OrvexArchiveWorker::getAllVersions(QString docId)
+{
+    if (!requireClient())
+        return {};
+    return m_client->getAllVersions(docId.toInt());
+}
+
+QStringList OrvexArchiveWorker::searchDocs(QString query)
+{
+    if (!requireClient())
+        return {};
+    return m_client->searchDocs(query);
+}
+
+QString OrvexArchiveWorker::getDocument(const QString &docId)
+{
+    if (!requireClient())
+        return {};
+    QString path;
+    if (!m_client->exportDocument(docId.toInt(), path, 0, QStringLiteral("IGNORE"))) {
+        m_lastError = m_client->getLastError();
+        return {};
+    }
+    return path;
+}
+
+bool OrvexArchiveWorker::getDocumentInfo(const QStringList &docIds, QStringList &info)
+{
+    if (!requireClient())
+        return false;
+    return m_client->getDocumentInfo(docIds, info);
+}
+
+bool OrvexArchiveWorker::getDocumentActions(const QStringList &docIds, QStringList &actions, int mode,
+                                            const QString &option)
+{
+    if (!requireClient())
+        return false;
+    return m_client->getDocumentActions(docIds, actions, mode, option);
+}
+
+bool OrvexArchiveWorker::deleteDocument(const QString &docId, const QStringList &options)
+{
+    if (!requireClient())
+        return false;
+    if (m_client->deleteDocument(docId, options))
+        return true;
+    m_lastError = m_client->getLastError();
+    QMessageBox::critical(m_parentWidget, tr("Error"), m_lastError, QMessageBox::Ok);
+    return false;
+}
+
+bool OrvexArchiveWorker::writeDocumentInfo(int docId, int mode)
+{
+    if (!requireClient())
+        return false;
+    return m_client->writeDocumentInfo(docId, mode);
+}
+
+bool OrvexArchiveWorker::moveDocToArchive(qlonglong docId, int target)
+{
+    if (!requireClient())
+        return false;
+    return m_client->moveDocToArchive(docId, target);
+}
+
+void OrvexArchiveWorker::setFileCount(int count)
+{
+    m_fileCount = count;
+}
+
+void OrvexArchiveWorker::setFinishedCount(int count)
+{
+    m_finishedCount = count;
+}
+
+bool OrvexArchiveWorker::isCanceled() const
+{
+    return m_canceled;
+}
+
+bool OrvexArchiveWorker::isDuplicateCanceled() const
+{
+    return m_duplicateCanceled;
+}
+
+qlonglong OrvexArchiveWorker::getLastArchivedDocId() const
+{
+    return m_lastArchivedDocId;
+}
+
+OrvexFileCopy *OrvexArchiveWorker::progressDialog() const
+{
+    return m_fileCopy.get();
+}
+
+void OrvexArchiveWorker::cancelStreaming()
+{
+    m_canceled = true;
+    if (m_client)
+        m_client->cancelStreaming();
+}
+
+void OrvexArchiveWorker::wireProgress(OrvexFileCopy *dialog)
+{
+    connect(m_client, &kelArchiveClientInterface::totalFileSize, dialog,
+            QOverload<QString>::of(&OrvexFileCopy::setProgressMax));
+    connect(m_client, &kelArchiveClientInterface::currentReadSize, dialog,
+            QOverload<QString>::of(&OrvexFileCopy::setProgressValue));
+    connect(dialog, &OrvexFileCopy::cancelClicked, this, &OrvexArchiveWorker::cancelStreaming);
+}
+
+void OrvexArchiveWorker::deleteFiles(const QStringList &files) const
+{
+    for (const QString &file : files)
+        QFile::remove(file);
+}
+
+bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglong> docsIds,
+                                         QList<qlonglong> versions, QMap<QString, QString> remarks,
+                                         QString targetDir, bool openMode, QStringList &resultFiles,
+                                         int purpose, bool offline, bool skipNameDialog,
+                                         bool alternateVersion, QString option)
+{
+    m_offlineArchive = offline;
+    m_canceled = false;
+    if (!requireClient())
+        return false;
+    if (docIds.isEmpty())
+        return true;
+    if (!versions.isEmpty() && versions.size() != docIds.size()) {
+        m_lastError = tr("%1 versions were given for %2 documents.").arg(versions.size()).arg(docIds.size());
+        return false;
+    }
+    if (!openMode && !QFileInfo(targetDir).isDir()) {
+        m_lastError = tr("The folder %1 does not exist.").arg(QDir::toNativeSeparators(targetDir));
+        return false;
+    }
+
+    OrvexFileCopy progress;
+    progress.setWindowTitle(tr("Exportiere Dokument..."));
+    wireProgress(&progress);
+    progress.setText(tr("Downloading ..."));
+    progress.show();
+
+    const int count = docIds.size();
+    if (docsIds.size() != count)
+        docsIds = unknownEntries(count);
+    if (count < 2) {
+        progress.setTotalVisible(false);
+    } else {
+        progress.setTotalMaximum(count);
+        progress.setTotalValue(0);
+        progress.setTotalVisible(true);
+    }
+    // Full until the first measured progress of a file shows the finished files.
+    progress.setTotalValue(count);
+
+    const int exportPurpose = purpose == -1 ? (openMode ? 0 : 1) : purpose;
+    QStringList fetched;
+    // Online, fetched files are temporary: a copy export that stops leaves none behind.
+    const auto abandon = [&]() {
+        if (!openMode && !offline)
+            deleteFiles(fetched);
+        return false;
+    };
+
+    for (int i = 0; i < count; ++i) {
+        if (isCanceled())
+            return abandon();
+        progress.setFinishedFilesCount(i);
+        keepResponsive();
+
+        QString path;
+        bool ok;
+        if (versions.isEmpty())
+            ok = m_client->exportDocument(int(docIds.at(i)), path, exportPurpose, option);
+        else if (alternateVersion)
+            ok = m_client->exportDocumentVersionAlt(int(docIds.at(i)), int(versions.at(i)), path);
+        else
+            ok = m_client->exportDocumentVersion(int(docIds.at(i)), int(versions.at(i)), path);
+        if (!ok) {
+            m_lastError = m_client->getLastError();
+            orvexDebug() << "EXPORT FAILED" << docIds.at(i) << m_lastError;
+            return abandon();
+        }
+
+        if (!openMode) {
+            fetched << path;
+            continue;
+        }
+        const QString named = getNewFileName(path, remarks, docIds.at(i), docsIds.at(i),
+                                             versions.isEmpty() ? -1 : versions.at(i), true);
+        resultFiles << named;
+        QDesktopServices::openUrl(QUrl::fromLocalFile(named));
+    }
+    if (openMode)
+        return true;
+
+    QStringList destinations = fetched;
+    if (!offline) {
+        if (versions.isEmpty()) {
+            const QStringList names = m_client->getDocumentFileNames(decimal(docIds), decimal(docsIds));
+            if (names.size() != fetched.size()) {
+                QMessageBox::warning(m_parentWidget, tr("Warning"),
+                                     tr("Unable to export documents. Permissions missmatch."),
+                                     QMessageBox::Ok);
+            }
+            // Names pair with files by position; files beyond the last name keep theirs.
+            for (int i = 0; i < fetched.size() && i < names.size(); ++i) {
+                const QString name = plainFileName(names.at(i));
+                if (name.isEmpty())
+                    continue;
+                const QString renamed = QFileInfo(fetched.at(i)).absolutePath() + QLatin1Char('/') + name;
+                if (renamed == fetched.at(i) || QFile::rename(fetched.at(i), getShortPathName(renamed)))
+                    fetched[i] = renamed;
+            }
+        } else {
+            for (int i = 0; i < fetched.size(); ++i)
+                fetched[i] = getNewFileName(fetched.at(i), remarks, docIds.at(i), docsIds.at(i),
+                                            versions.at(i), true);
+        }
+        destinations = fetched;
+
+        if (!skipNameDialog) {
+            dmsmailnames names(m_parentWidget);
+            names.setWindowTitle(tr("Export documents..."));
+            names.setFileList(fetched);
+            if (names.exec() != QDialog::Accepted) {
+                deleteFiles(fetched);
+                return true;
+            }
+            destinations = names.getFileList();
+        }
+    }
+
+    if (!targetDir.endsWith(QDir::separator()))
+        targetDir += QDir::separator();
+    bool goOn = true;
+    for (int i = 0; i < fetched.size(); ++i) {
+        const QString source = QDir::toNativeSeparators(fetched.at(i));
+        QString name = plainFileName(QFileInfo(destinations.value(i)).fileName());
+        if (name.isEmpty())
+            name = QFileInfo(fetched.at(i)).fileName();
+        const QString destination = QDir::toNativeSeparators(targetDir + QStringLiteral("%1").arg(name));
+
+        const auto copyOne = [&]() {
+            // Online the fetched file is temporary: moving it saves writing every byte twice.
+            const bool moved = !offline && QFile::rename(source, destination);
+            if (!moved && !QFile::copy(source, destination)) {
+                QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be saved!"));
+                return;
+            }
+            QFile::setPermissions(destination, QFileDevice::Permissions(0x666));
+            resultFiles << destination;
+        };
+
+        if (!QFileInfo::exists(destination) && !QFileInfo(destination).isSymLink()) {
+            if (goOn)
+                copyOne();
+        } else {
+            const auto answer = QMessageBox::question(
+                nullptr, tr("File exists"), tr("The file %1 already exists, overwrite?").arg(destination),
+                QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+            if (answer == QMessageBox::Yes) {
+                if (QFile::remove(destination)) {
+                    copyOne();
+                } else {
+                    QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
+                    goOn = false;
+                }
+            } else {
+                goOn = false;
+            }
+        }
+        if (!offline)
+            QFile::remove(fetched.at(i));
+    }
+    return true;
+}
+
+QString OrvexArchiveWorker::getNewFileName(QString filePath, QMap<QString, QString> remarks,
+                                           qlonglong docId, qlonglong docsId, qlonglong version,
+                                           bool rename)
+{
+    const QFileInfo info(filePath);
+    const QString suffix = info.completeSuffix();
+    const QString dir = QDir::toNativeSeparators(info.absolutePath() + QDir::separator());
+    if (m_offlineArchive || !m_client)
+        return filePath;
+
+    QString name = version < 1
+        ? m_client->getDocumentFileName(QString::number(docId), QString::number(docsId))
+        : m_client->getDocumentPartFileName(QString::number(docId), QString::number(docsId),
+                                            QString::number(version));
+    name = plainFileName(name);
+    if (name.isEmpty()) {
+        QString remark = remarks.value(QString::number(docId));
+        const QString versionKey = QString::number(docId) + QLatin1Char('#') + QString::number(version);
+        if (version > 0 && remarks.contains(versionKey))
+            remark = remarks.value(versionKey);
+        name = getOfflineFileName(filePath, remark, docId, version) + QLatin1Char('.') + suffix;
+    }
+
+    const QString dotSuffix = QLatin1Char('.') + suffix;
+    QString base = name;
+    if (name.endsWith(dotSuffix))
+        base.remove(dotSuffix); // every occurrence, not only the last
+
+    // The fetched file itself does not block its own name.
+    const QString self = info.canonicalFilePath();
+    const auto taken = [&self](const QString &path) {
+        const QFileInfo other(path);
+        return other.exists() && (self.isEmpty() || other.canonicalFilePath() != self);
+    };
+    QString candidate = dir + base;
+    int counter = 0;
+    do {
+        ++counter;
+        if (taken(candidate + dotSuffix))
+            candidate = dir + base + QLatin1Char('_') + QString::number(counter);
+    } while (taken(candidate + dotSuffix));
+
+    const QString result = candidate + dotSuffix;
+    if (!rename)
+        return result;
+    if (!self.isEmpty() && QFileInfo(result).canonicalFilePath() == self)
+        return result;
+    if (QFile::rename(filePath, getShortPathName(result)))
+        return result;
+    return filePath;
+}
+
+QString OrvexArchiveWorker::getOfflineFileName(QString filePath, QString remark, qlonglong docId,
+                                               qlonglong version)
+{
+    QString result = QString::number(docId) + QLatin1Char('_');
+    if (version >= 0)
+        result += QString::number(version) + QLatin1Char('_');
+    if (!remark.isEmpty())
+        result += remark;
+    // No extension here: the caller appends the one of the fetched file.
+    Q_UNUSED(filePath)
+    static const QRegularExpression illegal(QStringLiteral("[^a-zA-Z0-9äüöÄÜÖß._-]"));
+    result.remove(illegal);
+    result = result.trimmed();
+    return result.left(100);
+}
+
+bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong> docsIds,
+                                       QList<qlonglong> versions, QMap<QString, QString> remarks,
+                                       QString mailCommand, bool offline)
+{
+    m_offlineArchive = offline;
+    m_canceled = false;
+    if (!requireClient())
+        return false;
+    if (!versions.isEmpty() && versions.size() != docIds.size()) {
+        m_lastError = tr("%1 versions were given for %2 documents.").arg(versions.size()).arg(docIds.size());
+        return false;
+    }
+
+    OrvexFileCopy progress;
+    progress.setWindowTitle(tr("Send Document(s)..."));
+    wireProgress(&progress);
+    progress.setText(QStringLiteral("Downloading ..."));
+    progress.show();
+    const int count = docIds.size();
+    if (count < 2) {
+        progress.setTotalVisible(false);
+    } else {
+        progress.setTotalMaximum(count);
+        progress.setTotalValue(0);
+        progress.setTotalVisible(true);
+    }
+    if (docsIds.size() != count)
+        docsIds = unknownEntries(count);
+
+    QString mailto = QStringLiteral("mailto:?subject=&body=");
+    QStringList attachments;
+    QList<qlonglong> done;
+    for (int i = 0; i < count; ++i) {
+        const qlonglong docId = docIds.at(i);
+        const qlonglong version = versions.isEmpty() ? -1 : versions.at(i);
+        progress.setTotalValue(i);
+        progress.setFinishedFilesCount(i);
+        keepResponsive();
+
+        QString path;
+        bool ok;
+        if (versions.isEmpty()) {
+            if (done.contains(docId))
+                continue; // each document is attached once
+            ok = m_client->exportDocument(int(docId), path, 2, QStringLiteral("IGNORE"));
+        } else {
+            ok = m_client->exportDocumentVersion(int(docId), int(versions.at(i)), path);
+            if (isCanceled())
+                return false;
+        }
+        if (!ok) {
+            m_lastError = m_client->getLastError();
+            return false;
+        }
+        path = getNewFileName(path, remarks, docId, docsIds.at(i), version, true);
+        mailto += QStringLiteral("&attach=") + path;
+        attachments << path;
+        done << docId;
+    }
+
+    if (mailCommand.isEmpty()) {
+        QProcess::startDetached(QStringLiteral("xdg-email"), {mailto});
+        return true;
+    }
+    QStringList quoted;
+    for (const QString &attachment : qAsConst(attachments))
+        quoted << QLatin1Char('"') + attachment + QLatin1Char('"');
+    const QString command = mailCommand.arg(quoted.join(QLatin1Char(',')));
+    QStringList arguments = QProcess::splitCommand(command);
+    const QString program = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    if (program.isEmpty() || !QProcess::startDetached(program, arguments)) {
+        orvexWarning() << "MAIL COMMAND FAILED" << command;
+        QMessageBox::critical(nullptr, tr("E-Mail Command"),
+                              tr("The e-mail could not be created, unable to start Mail-Client!"));
+    }
+    // The mail program reads the attachments after this call: they stay.
+    return true;
+}

@@ -1,0 +1,1459 @@
+#include "archivetesthelpers.h"
+#include "classifyinterface.h"
+#include "orvexarchive.h"
+#include "orvexarchiveclient.h"
+#include "orvexarchivestore.h"
+#include "orvexclassifyclient.h"
+#include "orvexsamplearchive.h"
+
+#include <QCryptographicHash>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPluginLoader>
+#include <QSemaphore>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QtConcurrent>
+#include <QtTest>
+
+namespace {
+const QChar kInfoSep(0xFFFD);
+const QChar kSep(0xFEFF);
+
+QMap<QString, QString> clipboardFlags(ClassifyInterface *client)
+{
+    QList<QPair<QString, QString>> list;
+    client->getClipboards(list);
+    QMap<QString, QString> flags;
+    for (const auto &entry : qAsConst(list))
+        flags.insert(entry.second.section(kSep, 0, 0), entry.second.section(kSep, 1));
+    return flags;
+}
+
+QString clipboardId(ClassifyInterface *client, const QString &name)
+{
+    QList<QPair<QString, QString>> list;
+    client->getClipboards(list);
+    for (const auto &entry : qAsConst(list))
+        if (entry.second.section(kSep, 0, 0) == name)
+            return entry.first;
+    return {};
+}
+
+QStringList docsIdsOf(const QStringList &rows)
+{
+    QStringList ids;
+    for (int i = 1; i < rows.size(); ++i)
+        ids << rows.at(i).section(kSep, 0, 0).section(QLatin1Char('#'), 1);
+    return ids;
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+bool makeDatabase(const QString &path, const QStringList &statements)
+{
+    const QString name = QStringLiteral("make-") + path;
+    bool ok = true;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(path);
+        ok = db.open();
+        for (const QString &sql : statements) {
+            QSqlQuery query(db);
+            ok = ok && query.exec(sql);
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return ok;
+}
+
+QString pluginPath()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/libkelarchiveclient.so");
+}
+} // namespace
+
+// The embedded archive against one sample archive per run, in this order: the
+// classification client (clipboards, entries, notes, rights, queries), the
+// archive client (connection chain, exports with progress and cancel, file
+// names, thumbnails, uploads with the duplicate check), then opening archives
+// and the client plugin library. Tests that change documents come after the
+// ones that count them.
+class tst_Archive : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    // Classification client
+    void clipboardsPerUser_data();
+    void clipboardsPerUser();
+    void clipboardEntriesAndNotes();
+    void createRenameRemove();
+    void addRemoveClearAndNotes();
+    void clipboardLimit();
+    void refusedWrites_data();
+    void refusedWrites();
+    void rightsRoundTrip();
+    void searchByEntries();
+    void searchFullText_data();
+    void searchFullText();
+    void searchHidesUnreadable();
+    void searchRefusesMalformedCriteria_data();
+    void searchRefusesMalformedCriteria();
+    void cardInfo();
+    void tablesRolesAndFacts();
+    void readersDuringWritesLoseNothing();
+
+    // Archive client
+    void connectionChain_data();
+    void connectionChain();
+    void wrongArchiveKeepsConnection();
+    void refusesWithoutConnection();
+    void exportCurrentAndVersions();
+    void exportRefusals_data();
+    void exportRefusals();
+    void cancelExportMidCopy();
+    void cancelExportFromAnotherThread();
+    void fileNamesAndInfo();
+    void thumbnails_data();
+    void thumbnails();
+    void thumbnailOfUnreadableDocument();
+    void thumbnailCache();
+    void uploadWithoutDuplicates();
+    void uploadOfAnExistingFile();
+    void uploadWithADuplicatePage();
+    void uploadFromAPoolThread();
+    void cancelUpload();
+    void corruptPdfUpload();
+    void readOnlyDataFolder();
+    void unknownUploads();
+    void deleteNeedsAdministrator();
+
+    // Opening archives, the plugin library
+    void sampleArchive();
+    void reopenKeepsEverything();
+    void emptyArchiveWithoutSample();
+    void unusableFolders_data();
+    void unusableFolders();
+    void databaseRemovedWhileOpen();
+    void pluginLoadsAndConnects();
+    void pluginReportsAnUnusableArchive();
+
+private:
+    ClassifyInterface *classify() { return m_archive.classifyClient(); }
+    QString classifyError() { return static_cast<OrvexClassifyClient *>(classify())->lastError(); }
+    OrvexArchiveClient *client() { return static_cast<OrvexArchiveClient *>(m_archive.archiveClient()); }
+    OrvexArchiveDocument document(int index) { return m_archive.documents().at(index); }
+    QString samplePdf(int index, int version, const QString &extraPage = {});
+
+    QTemporaryDir m_dir;
+    QTemporaryDir m_scratch;
+    OrvexArchive m_archive;
+    OrvexConnectionValues m_values;
+    QString m_localUser;
+    int m_pdfs = 0;
+};
+
+void tst_Archive::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(m_dir.isValid());
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY2(m_archive.open(m_dir.filePath(QStringLiteral("archive"))), qPrintable(m_archive.lastError()));
+    qInfo("sample archive created in %lld ms", timer.elapsed());
+    QVERIFY2(timer.elapsed() < 20000, "creating the sample archive must stay quick");
+    m_localUser = m_archive.user();
+    m_values = m_archive.connectionValues();
+    QVERIFY(!m_values.server.isEmpty());
+    QVERIFY(classify());
+}
+
+void tst_Archive::init()
+{
+    m_archive.setUser(m_localUser);
+    client()->setChunkSize(OrvexArchiveClient::ChunkSize);
+    QVERIFY2(connectClient(client(), m_values), qPrintable(client()->getLastError()));
+}
+
+void tst_Archive::cleanup()
+{
+    client()->resetConnection();
+}
+
+QString tst_Archive::samplePdf(int index, int version, const QString &extraPage)
+{
+    const QString path = m_scratch.filePath(QStringLiteral("sample-%1.pdf").arg(++m_pdfs));
+    QString error;
+    if (!OrvexSampleArchive::writeSamplePdf(path, index, version, extraPage, &error))
+        qWarning("%s", qPrintable(error));
+    return path;
+}
+
+void tst_Archive::clipboardsPerUser_data()
+{
+    QTest::addColumn<QString>("user");
+    QTest::addColumn<QString>("expected"); // name:flag, sorted by name
+    QTest::newRow("local user") << QString() << "Offene Rechnungen:W,Projekt Nordlicht:R";
+    QTest::newRow("management") << "mmueller" << "Offene Rechnungen:W,Projekt Nordlicht:W";
+    QTest::newRow("sales") << "jschmidt" << "Offene Rechnungen:R,Projekt Nordlicht:R,Vertrieb intern:W";
+    QTest::newRow("unknown user sees nothing") << "ghost" << "";
+}
+
+void tst_Archive::clipboardsPerUser()
+{
+    QFETCH(QString, user);
+    QFETCH(QString, expected);
+    if (!user.isEmpty())
+        m_archive.setUser(user);
+    const QMap<QString, QString> flags = clipboardFlags(classify());
+    QStringList seen;
+    for (auto it = flags.cbegin(); it != flags.cend(); ++it)
+        if (!it.key().startsWith(QLatin1String("test ")))
+            seen << it.key() + QLatin1Char(':') + it.value();
+    QCOMPARE(seen.join(QLatin1Char(',')), expected);
+}
+
+void tst_Archive::clipboardEntriesAndNotes()
+{
+    const QString uuid = clipboardId(classify(), QStringLiteral("Offene Rechnungen"));
+    QVERIFY(!uuid.isEmpty());
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(entries.size(), 6);
+    QCOMPARE(comments.size(), entries.size());
+    QCOMPARE(comments.first(), QStringLiteral("Bitte bis Monatsende prüfen"));
+    QHash<qlonglong, qlonglong> docsIdOf;
+    for (const OrvexArchiveDocument &document : m_archive.documents())
+        docsIdOf.insert(document.id, document.docsId);
+    for (const QString &entry : qAsConst(entries)) {
+        const QStringList fields = entry.split(kSep);
+        QCOMPARE(fields.size(), 2);
+        QVERIFY2(docsIdOf.contains(fields.at(0).toLongLong()), qPrintable(entry));
+        QCOMPARE(fields.at(1).toLongLong(), docsIdOf.value(fields.at(0).toLongLong()));
+    }
+}
+
+void tst_Archive::createRenameRemove()
+{
+    const QString uuid = classify()->createClipboard(QStringLiteral("  test Neue Mappe "));
+    QVERIFY2(!uuid.isEmpty(), qPrintable(classifyError()));
+    QCOMPARE(clipboardFlags(classify()).value(QStringLiteral("test Neue Mappe")), QStringLiteral("W"));
+    // The creator holds the edit right as a role entry.
+    QCOMPARE(classify()->getClipboardRoles(uuid), QStringList{uuid + kSep + m_localUser + kSep + QStringLiteral("W")});
+    // Others do not see it.
+    m_archive.setUser(QStringLiteral("jschmidt"));
+    QVERIFY(!clipboardFlags(classify()).contains(QStringLiteral("test Neue Mappe")));
+    m_archive.setUser(m_localUser);
+
+    QVERIFY(classify()->renameClipboard(uuid, QStringLiteral("test Umbenannt")));
+    QVERIFY(clipboardFlags(classify()).contains(QStringLiteral("test Umbenannt")));
+    QVERIFY(classify()->removeClipboard(uuid));
+    QVERIFY(!clipboardFlags(classify()).contains(QStringLiteral("test Umbenannt")));
+    QStringList entries, comments;
+    QVERIFY(!classify()->getClipboardDocuments(uuid, entries, comments));
+    QVERIFY(!classify()->removeClipboard(uuid));
+}
+
+void tst_Archive::addRemoveClearAndNotes()
+{
+    const QString uuid = classify()->createClipboard(QStringLiteral("test entries"));
+    const QList<OrvexArchiveDocument> documents = m_archive.documents();
+    const OrvexArchiveDocument first = documents.at(0);
+    const OrvexArchiveDocument second = documents.at(1);
+    QVERIFY(classify()->addToClipboard(uuid, QString::number(first.id), QString::number(first.docsId)));
+    // An empty entry id takes the document's own.
+    QVERIFY(classify()->addToClipboard(uuid, QString::number(second.id), QString()));
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(entries, (QStringList{QString::number(first.id) + kSep + QString::number(first.docsId),
+                                   QString::number(second.id) + kSep + QString::number(second.docsId)}));
+
+    const QString longest(OrvexArchiveStore::MaxNoteLength, QChar(0x00e4));
+    QVERIFY(classify()->setClipboardComment(uuid, QString::number(second.docsId), longest));
+    QVERIFY(classify()->setClipboardComment(uuid, QString::number(first.docsId), QStringLiteral("it's \"quoted\"")));
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(comments, (QStringList{QStringLiteral("it's \"quoted\""), longest}));
+
+    QVERIFY(classify()->removeFromClipboard(uuid, QString::number(first.docsId)));
+    QVERIFY(!classify()->removeFromClipboard(uuid, QString::number(first.docsId)));
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(entries.size(), 1);
+    QVERIFY(classify()->clearClipboard(uuid));
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QVERIFY(entries.isEmpty());
+    QVERIFY(comments.isEmpty());
+}
+
+void tst_Archive::clipboardLimit()
+{
+    const QString uuid = classify()->createClipboard(QStringLiteral("test full"));
+    const QString docId = QString::number(m_archive.documents().first().id);
+    for (int i = 0; i < OrvexArchiveStore::MaxClipboardEntries; ++i)
+        QVERIFY2(classify()->addToClipboard(uuid, docId, QString::number(800000 + i)), qPrintable(classifyError()));
+    QVERIFY(!classify()->addToClipboard(uuid, docId, QStringLiteral("801000")));
+    QVERIFY(classifyError().contains(QStringLiteral("at most 200")));
+    QVERIFY(classify()->removeClipboard(uuid));
+}
+
+void tst_Archive::refusedWrites_data()
+{
+    QTest::addColumn<QString>("user");
+    QTest::addColumn<QString>("clipboard"); // name of a sample clipboard, or "*" for an unknown uuid
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("error");
+
+    const auto docs = [this]() {
+        return QStringList{QString::number(m_archive.documents().at(7).id),
+                           QString::number(m_archive.documents().at(7).docsId)};
+    };
+    const QString readOnly = QStringLiteral("Projekt Nordlicht");
+    const QString own = QStringLiteral("Offene Rechnungen");
+    const QString may = QStringLiteral("may not edit");
+    QTest::newRow("rename read-only") << QString() << readOnly << "rename" << QStringList{"x"} << may;
+    QTest::newRow("remove read-only") << QString() << readOnly << "remove" << QStringList() << may;
+    QTest::newRow("add to read-only") << QString() << readOnly << "add" << docs() << may;
+    QTest::newRow("remove entry read-only") << QString() << readOnly << "removeEntry" << QStringList{docs().at(1)} << may;
+    QTest::newRow("clear read-only") << QString() << readOnly << "clear" << QStringList() << may;
+    QTest::newRow("note read-only") << QString() << readOnly << "note" << QStringList{docs().at(1), "n"} << may;
+    QTest::newRow("roles read-only") << QString() << readOnly << "roles" << QStringList{QStringLiteral("tavloUSER") + kSep + "W"} << may;
+    QTest::newRow("invisible clipboard") << QString() << QStringLiteral("Vertrieb intern") << "clear" << QStringList() << "Unknown clipboard";
+    QTest::newRow("unknown uuid") << QString() << "*" << "rename" << QStringList{"x"} << "Unknown clipboard";
+    QTest::newRow("unknown user") << "ghost" << own << "clear" << QStringList() << "Unknown clipboard";
+    QTest::newRow("empty name") << QString() << own << "rename" << QStringList{"   "} << "needs a name";
+    QTest::newRow("over-long name") << QString() << own << "rename" << QStringList{QString(101, 'n')} << "at most 100";
+    QTest::newRow("name with separator") << QString() << own << "rename" << QStringList{QStringLiteral("a") + kSep + "W"} << "control";
+    QTest::newRow("create empty") << QString() << own << "create" << QStringList{""} << "needs a name";
+    QTest::newRow("create over-long") << QString() << own << "create" << QStringList{QString(300, 'n')} << "at most 100";
+    QTest::newRow("create as unknown user") << "ghost" << own << "create" << QStringList{"x"} << "Unknown user";
+    QTest::newRow("non-numeric document") << QString() << own << "add" << QStringList{"12a", "5001"} << "Not a document id";
+    QTest::newRow("unknown document") << QString() << own << "add" << QStringList{"999999", ""} << "Unknown document";
+    QTest::newRow("non-numeric entry") << QString() << own << "add" << QStringList{docs().at(0), "x"} << "Not an entry id";
+    QTest::newRow("entry of another document") << QString() << own << "add"
+        << QStringList{docs().at(0), QString::number(m_archive.documents().at(8).docsId)} << "belongs to document";
+    QTest::newRow("unreadable document") << QString() << own << "add"
+        << QStringList{QString::number(m_archive.documents().at(4).id), QString()} << "Unknown document";
+    QTest::newRow("entry already there") << QString() << own << "add"
+        << QStringList{QString::number(m_archive.documents().at(0).id), QString()} << "already on the clipboard";
+    QTest::newRow("note over 1024") << QString() << own << "note"
+        << QStringList{QString::number(m_archive.documents().at(0).docsId), QString(1025, 'x')} << "at most 1024";
+    QTest::newRow("note on missing entry") << QString() << own << "note" << QStringList{"424242", "n"} << "not on the clipboard";
+    QTest::newRow("note non-numeric entry") << QString() << own << "note" << QStringList{"abc", "n"} << "Not an entry id";
+    QTest::newRow("remove missing entry") << QString() << own << "removeEntry" << QStringList{"424242"} << "not on the clipboard";
+    QTest::newRow("roles without editor") << QString() << own << "roles" << QStringList{QStringLiteral("tavloUSER") + kSep + "R"} << "At least one role";
+    QTest::newRow("roles unknown role") << QString() << own << "roles" << QStringList{QStringLiteral("r_nobody") + kSep + "W"} << "Unknown role";
+    QTest::newRow("roles malformed") << QString() << own << "roles" << QStringList{QStringLiteral("tavloUSER") + kSep + "X"} << "Malformed";
+    QTest::newRow("roles empty") << QString() << own << "roles" << QStringList() << "At least one role";
+}
+
+void tst_Archive::refusedWrites()
+{
+    QFETCH(QString, user);
+    QFETCH(QString, clipboard);
+    QFETCH(QString, operation);
+    QFETCH(QStringList, args);
+    QFETCH(QString, error);
+
+    const QString uuid = clipboard == QLatin1String("*") ? QUuid::createUuid().toString(QUuid::WithoutBraces)
+                                                         : clipboardId(classify(), clipboard);
+    // Invisible clipboards are looked up as the user who may see them.
+    QString target = uuid;
+    if (target.isEmpty()) {
+        m_archive.setUser(QStringLiteral("jschmidt"));
+        target = clipboardId(classify(), clipboard);
+        m_archive.setUser(m_localUser);
+    }
+    QVERIFY(!target.isEmpty());
+    if (!user.isEmpty())
+        m_archive.setUser(user);
+    const QStringList before = archiveSnapshot(m_archive.folder());
+
+    bool ok = true;
+    if (operation == QLatin1String("rename"))
+        ok = classify()->renameClipboard(target, args.at(0));
+    else if (operation == QLatin1String("remove"))
+        ok = classify()->removeClipboard(target);
+    else if (operation == QLatin1String("add"))
+        ok = classify()->addToClipboard(target, args.at(0), args.at(1));
+    else if (operation == QLatin1String("removeEntry"))
+        ok = classify()->removeFromClipboard(target, args.at(0));
+    else if (operation == QLatin1String("clear"))
+        ok = classify()->clearClipboard(target);
+    else if (operation == QLatin1String("note"))
+        ok = classify()->setClipboardComment(target, args.at(0), args.at(1));
+    else if (operation == QLatin1String("roles"))
+        ok = classify()->setClipboardRoles(target, args);
+    else if (operation == QLatin1String("create"))
+        ok = !classify()->createClipboard(args.at(0)).isEmpty();
+    else
+        QFAIL("unknown operation");
+
+    QVERIFY(!ok);
+    QVERIFY2(classifyError().contains(error), qPrintable(classifyError()));
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+}
+
+void tst_Archive::rightsRoundTrip()
+{
+    const QString uuid = classify()->createClipboard(QStringLiteral("test rights"));
+    // As the permissions dialog sends them: edit entries first, then view entries.
+    QVERIFY2(classify()->setClipboardRoles(uuid, {QStringLiteral("r_sales") + kSep + "W",
+                                                 QStringLiteral("LDAP_staff") + kSep + "R",
+                                                 // with the leading field, as getClipboardRoles answers
+                                                 uuid + kSep + QStringLiteral("tavloUSER") + kSep + "R"}),
+             qPrintable(classifyError()));
+    QCOMPARE(classify()->getClipboardRoles(uuid),
+             (QStringList{uuid + kSep + "r_sales" + kSep + "W", uuid + kSep + "LDAP_staff" + kSep + "R",
+                          uuid + kSep + "tavloUSER" + kSep + "R"}));
+    // The owner keeps editing; a sales member edits through r_sales; others only view.
+    QCOMPARE(clipboardFlags(classify()).value(QStringLiteral("test rights")), QStringLiteral("W"));
+    m_archive.setUser(QStringLiteral("jschmidt"));
+    QCOMPARE(clipboardFlags(classify()).value(QStringLiteral("test rights")), QStringLiteral("W"));
+    QVERIFY(classify()->renameClipboard(uuid, QStringLiteral("test rights 2")));
+    m_archive.setUser(QStringLiteral("mmueller"));
+    QCOMPARE(clipboardFlags(classify()).value(QStringLiteral("test rights 2")), QStringLiteral("R"));
+    QVERIFY(!classify()->clearClipboard(uuid));
+    m_archive.setUser(m_localUser);
+    QVERIFY(classify()->removeClipboard(uuid));
+}
+
+void tst_Archive::searchByEntries()
+{
+    const QString uuid = clipboardId(classify(), QStringLiteral("Offene Rechnungen"));
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QString filter = QStringLiteral("docs_id in (");
+    QStringList expected;
+    for (const QString &entry : qAsConst(entries)) {
+        filter += entry.section(kSep, 1, 1) + QLatin1Char(',');
+        expected << entry.section(kSep, 1, 1);
+    }
+    filter += QStringLiteral("0)");
+
+    const QStringList rows = classify()->searchDocuments({filter, QStringLiteral("OPT:LIMIT;1000")});
+    QCOMPARE(rows.size(), entries.size() + 1);
+    QCOMPARE(rows.first().split(kSep).size(), 8);
+    QStringList found = docsIdsOf(rows);
+    found.sort();
+    expected.sort();
+    QCOMPARE(found, expected);
+    for (int i = 1; i < rows.size(); ++i) {
+        const QStringList fields = rows.at(i).split(kSep);
+        QCOMPARE(fields.size(), 8);
+        QCOMPARE(fields.at(0).section(QLatin1Char('#'), 1), fields.at(1));
+        QVERIFY(entries.contains(fields.at(0).section(QLatin1Char('#'), 0, 0) + kSep + fields.at(1)));
+    }
+
+    QCOMPARE(classify()->searchDocuments({QStringLiteral("docs_id in (0)"), QStringLiteral("OPT:LIMIT;1000")}).size(), 1);
+    QCOMPARE(classify()->searchDocuments({filter, QStringLiteral("OPT:LIMIT;2")}).size(), 3);
+    QCOMPARE(classify()->searchDocuments({filter, QStringLiteral("OPT:LIMIT;0")}).size(), 1);
+}
+
+void tst_Archive::searchFullText_data()
+{
+    QTest::addColumn<QString>("term");
+    // Title words of the expected hits: every readable document whose title holds
+    // one of them, and no other. Empty: the term is only in the page text.
+    QTest::addColumn<QStringList>("titleWords");
+
+    QTest::newRow("number from the title") << "RE-2026-0101" << QStringList{"RE-2026-0101"};
+    QTest::newRow("two alternatives") << "RE-2026-0101 OR VE-2026-0102" << QStringList{"RE-2026-0101", "VE-2026-0102"};
+    QTest::newRow("number or number.0") << "0103 OR 0103.0" << QStringList{"-0103"};
+    QTest::newRow("case and umlauts") << "söhne" << QStringList{"Söhne"};
+    QTest::newRow("word prefix") << "Lieferschei" << QStringList{"Lieferschein"};
+    QTest::newRow("page text only") << "Klimatisierung" << QStringList{};
+    QTest::newRow("nothing") << "Quantenschaum" << QStringList{"Quantenschaum"};
+}
+
+void tst_Archive::searchFullText()
+{
+    QFETCH(QString, term);
+    QFETCH(QStringList, titleWords);
+
+    // Search within every document's entry, as the board searches its cards.
+    QString filter = QStringLiteral("docs_id in (");
+    QStringList expected;
+    for (const OrvexArchiveDocument &document : m_archive.documents()) {
+        filter += QString::number(document.docsId) + QLatin1Char(',');
+        for (const QString &word : qAsConst(titleWords))
+            if (document.readable && document.title.contains(word, Qt::CaseInsensitive) && !expected.contains(document.title))
+                expected << document.title;
+    }
+    filter += QStringLiteral("0)");
+    const QStringList rows = classify()->searchDocuments({QStringLiteral("OPT:SELECTION;-1"),
+                                                        QStringLiteral("OPT:FULLTEXT") + kSep + term, filter,
+                                                        QStringLiteral("OPT:LIMIT;1000")});
+    QVERIFY2(!rows.isEmpty(), qPrintable(classifyError()));
+    QStringList found;
+    for (int i = 1; i < rows.size(); ++i)
+        found << rows.at(i).section(kSep, 2, 2);
+
+    if (titleWords.isEmpty()) {
+        QVERIFY(!found.isEmpty());
+        for (const QString &title : qAsConst(found))
+            QVERIFY(!title.contains(term, Qt::CaseInsensitive));
+        return;
+    }
+    QCOMPARE(found, expected);
+}
+
+void tst_Archive::searchHidesUnreadable()
+{
+    // Sample document 5 is for management only; its number is in its title and text.
+    const OrvexArchiveDocument restricted = m_archive.documents().at(4);
+    QVERIFY(!restricted.readable);
+    const QString number = restricted.title.section(QLatin1Char(' '), 1, 1);
+    const QString filter = QStringLiteral("docs_id in (%1,0)").arg(restricted.docsId);
+    const QString fullText = QStringLiteral("OPT:FULLTEXT") + kSep + number;
+
+    QCOMPARE(classify()->searchDocuments({fullText, filter}).size(), 1);
+    // By entry it stays listed (its card keeps its place) but shows nothing of the document.
+    const QStringList rows = classify()->searchDocuments({filter});
+    QCOMPARE(rows.size(), 2);
+    const QStringList fields = rows.at(1).split(kSep);
+    QCOMPARE(fields.at(0), QStringLiteral("%1#%2").arg(restricted.id).arg(restricted.docsId));
+    QVERIFY(!fields.at(2).contains(number));
+    QVERIFY(fields.at(5).isEmpty());
+
+    m_archive.setUser(QStringLiteral("mmueller"));
+    QCOMPARE(classify()->searchDocuments({fullText, filter}).size(), 2);
+}
+
+void tst_Archive::searchRefusesMalformedCriteria_data()
+{
+    QTest::addColumn<QStringList>("criteria");
+    QTest::newRow("non-numeric entry") << QStringList{"docs_id in (5001,abc,0)"};
+    QTest::newRow("unknown criterion") << QStringList{"DROP TABLE documents"};
+    QTest::newRow("bad limit") << QStringList{"OPT:LIMIT;many"};
+    QTest::newRow("negative limit") << QStringList{"OPT:LIMIT;-3"};
+    QTest::newRow("empty full text") << QStringList{QStringLiteral("OPT:FULLTEXT") + kSep + "  "};
+    QTest::newRow("stored selection") << QStringList{"OPT:SELECTION;7"};
+}
+
+void tst_Archive::searchRefusesMalformedCriteria()
+{
+    QFETCH(QStringList, criteria);
+    QVERIFY(classify()->searchDocuments(criteria).isEmpty());
+    QVERIFY(!classifyError().isEmpty());
+}
+
+void tst_Archive::cardInfo()
+{
+    const OrvexArchiveDocument document = m_archive.documents().at(2);
+    const QStringList fields = classify()->getCardInfo(QString::number(document.docsId), QString());
+    QCOMPARE(fields.size(), 8);
+    QCOMPARE(fields.at(0), QString::number(document.id));
+    QCOMPARE(fields.at(1), QString::number(document.docsId));
+    QCOMPARE(fields.at(2), document.title);
+    QCOMPARE(fields.at(3), QStringLiteral("LET"));
+    QCOMPARE(fields.at(4), document.date);
+    QCOMPARE(fields.at(5), document.fileName);
+    QVERIFY(!fields.at(6).isEmpty());
+    QCOMPARE(fields.at(7), QString::number(document.pages));
+
+    QVERIFY(classify()->getCardInfo(QStringLiteral("abc"), QString()).isEmpty());
+    QVERIFY(classify()->getCardInfo(QStringLiteral("-5"), QString()).isEmpty());
+    QVERIFY(classify()->getCardInfo(QStringLiteral("424242"), QString()).isEmpty());
+    QVERIFY(!classifyError().isEmpty());
+    // A document id is not an entry id.
+    QVERIFY(classify()->getCardInfo(QString::number(document.id), QString()).isEmpty());
+}
+
+void tst_Archive::tablesRolesAndFacts()
+{
+    QStringList rows, second{QStringLiteral("stale")};
+    QVERIFY(classify()->getDocumentTypes(rows, second));
+    QVERIFY(rows.contains(QStringLiteral("INV") + kSep + "Invoice"));
+    QCOMPARE(rows.size(), 5);
+    QVERIFY(second.isEmpty());
+    QVERIFY(classify()->getDocumentStatuses(rows, second));
+    QVERIFY(rows.contains(QStringLiteral("NEW") + kSep + "New"));
+
+    const QStringList roles = classify()->getAllRoles();
+    for (const QString &role : {QStringLiteral("tavloUSER"), QStringLiteral("r_accounting"), QStringLiteral("r_management"),
+                                QStringLiteral("LDAP_staff"), QStringLiteral("mmueller"), m_localUser})
+        QVERIFY2(roles.contains(role), qPrintable(role));
+    QCOMPARE(classify()->getRoleNames({QStringLiteral("mmueller"), QStringLiteral("nobody"), QStringLiteral("r_sales")}),
+             (QStringList{QStringLiteral("mmueller") + kSep + QStringLiteral("Maria Müller"),
+                          QStringLiteral("r_sales") + kSep + QStringLiteral("Vertrieb")}));
+
+    QCOMPARE(classify()->getServerHost(), QStringLiteral("localhost"));
+    QCOMPARE(classify()->getServerPort(), m_archive.connectionValues().port);
+    QCOMPARE(classify()->getProfileId(), 1);
+    QVERIFY(!classify()->getConnectionMode().startsWith(QLatin1String("Offline")));
+}
+
+// Regression guard: readers on other threads while one thread writes must never
+// see a failure or a half-written state, and every write must arrive.
+void tst_Archive::readersDuringWritesLoseNothing()
+{
+    const QString uuid = classify()->createClipboard(QStringLiteral("test concurrent"));
+    const OrvexArchiveDocument document = m_archive.documents().at(1);
+    constexpr int writes = 60;
+    QAtomicInt done(0);
+    QAtomicInt readFailures(0);
+    QAtomicInt reads(0);
+
+    OrvexClassifyClient *shared = static_cast<OrvexClassifyClient *>(classify());
+    // Threads of their own: a pool might run a task on the waiting thread instead.
+    QScopedPointer<QThread> writer(QThread::create([&] {
+        for (int i = 0; i < writes; ++i) {
+            const QString docsId = QString::number(700000 + i);
+            if (!shared->addToClipboard(uuid, QString::number(document.id), docsId)
+                || !shared->setClipboardComment(uuid, docsId, QStringLiteral("note %1").arg(i)))
+                readFailures.fetchAndAddOrdered(1000);
+        }
+        done.storeRelease(1);
+    }));
+    QList<QThread *> readers;
+    for (int r = 0; r < 3; ++r) {
+        readers << QThread::create([&] {
+            int last = 0;
+            while (!done.loadAcquire()) {
+                QStringList entries, comments;
+                if (!shared->getClipboardDocuments(uuid, entries, comments) || entries.size() != comments.size()
+                    || entries.size() < last)
+                    readFailures.fetchAndAddOrdered(1);
+                last = entries.size();
+                const QStringList rows = shared->searchDocuments({QStringLiteral("docs_id in (700000,0)")});
+                if (rows.isEmpty())
+                    readFailures.fetchAndAddOrdered(1);
+                reads.fetchAndAddOrdered(1);
+            }
+        });
+    }
+    for (QThread *reader : qAsConst(readers))
+        reader->start();
+    writer->start();
+    QVERIFY(writer->wait(60000));
+    for (QThread *reader : qAsConst(readers)) {
+        QVERIFY(reader->wait(60000));
+        delete reader;
+    }
+    QCOMPARE(readFailures.loadAcquire(), 0);
+    QVERIFY(reads.loadAcquire() > 0);
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(entries.size(), writes);
+    for (int i = 0; i < writes; ++i)
+        QCOMPARE(comments.at(i), QStringLiteral("note %1").arg(i));
+    QVERIFY(classify()->removeClipboard(uuid));
+}
+
+void tst_Archive::connectionChain_data()
+{
+    QTest::addColumn<QString>("server");
+    QTest::addColumn<int>("portOffset");
+    QTest::addColumn<QString>("login1");
+    QTest::addColumn<QString>("login2");
+    QTest::addColumn<QString>("login3");
+    QTest::addColumn<QString>("archive");
+    QTest::addColumn<int>("failingStep"); // 0 none, 1 open, 2 log in, 3 select
+
+    QTest::newRow("the archive's own values") << "" << 0 << "" << "" << "" << "" << 0;
+    QTest::newRow("loopback address") << "127.0.0.1" << 0 << "" << "" << "" << "" << 0;
+    QTest::newRow("another user") << "" << 0 << "jschmidt" << "" << "" << "" << 0;
+    QTest::newRow("wrong server") << "archive.example.org" << 0 << "" << "" << "" << "" << 1;
+    QTest::newRow("wrong port") << "" << 1 << "" << "" << "" << "" << 1;
+    QTest::newRow("unknown user") << "" << 0 << "ghost" << "" << "" << "" << 2;
+    QTest::newRow("wrong password") << "" << 0 << "" << "secret" << "" << "" << 2;
+    QTest::newRow("wrong tenant") << "" << 0 << "" << "" << "other" << "" << 2;
+    QTest::newRow("wrong archive") << "" << 0 << "" << "" << "" << "Elsewhere" << 3;
+}
+
+void tst_Archive::connectionChain()
+{
+    QFETCH(QString, server);
+    QFETCH(int, portOffset);
+    QFETCH(QString, login1);
+    QFETCH(QString, login2);
+    QFETCH(QString, login3);
+    QFETCH(QString, archive);
+    QFETCH(int, failingStep);
+
+    OrvexArchiveClient *c = client();
+    QVERIFY(c->resetConnection());
+    const bool opened = c->openConnection(server.isEmpty() ? m_values.server : server, m_values.port + portOffset);
+    QCOMPARE(opened, failingStep != 1);
+    if (!opened) {
+        QVERIFY(c->getLastError().contains(QStringLiteral("Cannot connect")));
+        return;
+    }
+    const bool loggedIn = c->logIn(login1.isEmpty() ? m_values.login1 : login1,
+                                   login2.isEmpty() ? m_values.login2 : login2,
+                                   login3.isEmpty() ? m_values.login3 : login3);
+    QCOMPARE(loggedIn, failingStep != 2);
+    if (!loggedIn) {
+        QVERIFY(c->getLastError().contains(QStringLiteral("Login failed")));
+        QVERIFY(!c->isConnected());
+        return;
+    }
+    const bool selected = c->selectArchive(archive.isEmpty() ? m_values.archiveName : archive);
+    QCOMPARE(selected, failingStep != 3);
+    QCOMPARE(c->isConnected(), failingStep == 0);
+    if (!selected)
+        QVERIFY(c->getLastError().contains(QStringLiteral("Unknown archive")));
+    QStringList names;
+    QVERIFY(c->getArchiveNames(names));
+    QCOMPARE(names, QStringList{m_values.archiveName});
+}
+
+void tst_Archive::wrongArchiveKeepsConnection()
+{
+    OrvexArchiveClient *c = client();
+    QVERIFY(!c->selectArchive(QStringLiteral("Elsewhere")));
+    // Still logged in: another name can be tried without logging in again.
+    QVERIFY(c->selectArchive(m_values.archiveName));
+    QVERIFY(c->isConnected());
+    QVERIFY(c->resetConnection());
+    QVERIFY(!c->selectArchive(m_values.archiveName));
+}
+
+void tst_Archive::refusesWithoutConnection()
+{
+    OrvexArchiveClient *c = client();
+    c->resetConnection();
+    QString path;
+    QVERIFY(!c->exportDocument(int(document(0).id), path, 1, QString()));
+    QVERIFY(c->getLastError().contains(QStringLiteral("Not connected")));
+    int pages = -1;
+    QString format;
+    QVERIFY(c->getDocumentThumbnail(int(document(0).id), 0, 800, pages, format, 0, 0, -1).isEmpty());
+    QString upload;
+    QVERIFY(!c->sendFile(samplePdf(0, 1), upload));
+    QVERIFY(c->getDocumentFileName(QString::number(document(0).id), QString()).isEmpty());
+    // Logging in needs an open connection first.
+    QVERIFY(!c->logIn(m_values.login1, m_values.login2, m_values.login3));
+}
+
+void tst_Archive::exportCurrentAndVersions()
+{
+    // Sample document 3 has three versions.
+    const OrvexArchiveDocument doc = document(2);
+    QCOMPARE(doc.versions, 3);
+    OrvexArchiveClient *c = client();
+    QSignalSpy totals(c, &kelArchiveClientInterface::totalFileSize);
+    QSignalSpy progress(c, &kelArchiveClientInterface::currentReadSize);
+    c->setChunkSize(4096);
+
+    QString current;
+    QVERIFY2(c->exportDocument(int(doc.id), current, 1, QStringLiteral("IGNORE")), qPrintable(c->getLastError()));
+    QCOMPARE(QFileInfo(current).fileName(), doc.fileName);
+    const QByteArray bytes = readFile(current);
+    QVERIFY(bytes.startsWith("%PDF-"));
+    QCOMPARE(totals.size(), 1);
+    QCOMPARE(totals.first().first().toString(), QString::number(bytes.size()));
+    QCOMPARE(progress.size(), (bytes.size() + 4095) / 4096);
+    QCOMPARE(progress.last().first().toString(), QString::number(bytes.size()));
+
+    QCOMPARE(c->getAllVersions(int(doc.id)), (QStringList{"1", "2", "3"}));
+    QString third, first, firstAlt;
+    QVERIFY(c->exportDocumentVersion(int(doc.id), 3, third));
+    QCOMPARE(readFile(third), bytes);
+    QVERIFY(c->exportDocumentVersion(int(doc.id), 1, first));
+    QVERIFY(readFile(first) != bytes);
+    QCOMPARE(QFileInfo(first).fileName(), doc.fileName);
+    QVERIFY(c->exportDocumentVersionAlt(int(doc.id), 1, firstAlt));
+    QCOMPARE(readFile(firstAlt), readFile(first));
+    QCOMPARE(QFileInfo(firstAlt).fileName(), c->getDocumentPartFileName(QString::number(doc.id), QString(), "1"));
+    QVERIFY(QFileInfo(firstAlt).fileName().contains(QStringLiteral("_v1")));
+    // Every export gets a folder of its own, so the caller may rename inside it.
+    QVERIFY(QFileInfo(first).absolutePath() != QFileInfo(third).absolutePath());
+}
+
+void tst_Archive::exportRefusals_data()
+{
+    QTest::addColumn<int>("index"); // sample index, -1 for an unknown id
+    QTest::addColumn<int>("version");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("unknown document") << -1 << 0 << "Unknown document";
+    QTest::newRow("unreadable document") << 4 << 0 << "may not read";
+    QTest::newRow("unknown version") << 2 << 9 << "has no version";
+    QTest::newRow("version zero") << 2 << -2 << "Invalid version";
+}
+
+void tst_Archive::exportRefusals()
+{
+    QFETCH(int, index);
+    QFETCH(int, version);
+    QFETCH(QString, error);
+    const int id = index < 0 ? 999999 : int(document(index).id);
+    QString path = QStringLiteral("untouched");
+    const bool ok = version == 0 ? client()->exportDocument(id, path, 1, QString())
+                                 : client()->exportDocumentVersion(id, version, path);
+    QVERIFY(!ok);
+    QCOMPARE(path, QStringLiteral("untouched"));
+    QVERIFY2(client()->getLastError().contains(error), qPrintable(client()->getLastError()));
+}
+
+void tst_Archive::cancelExportMidCopy()
+{
+    OrvexArchiveClient *c = client();
+    c->setChunkSize(512);
+    QSignalSpy progress(c, &kelArchiveClientInterface::currentReadSize);
+    // Canceled as a progress dialog would: while the copy runs, after its first chunk.
+    connect(c, &kelArchiveClientInterface::currentReadSize, this, [c] { c->cancelStreaming(); });
+    QString path;
+    const bool ok = c->exportDocument(int(document(0).id), path, 1, QString());
+    disconnect(c, &kelArchiveClientInterface::currentReadSize, this, nullptr);
+    QVERIFY(!ok);
+    QCOMPARE(progress.size(), 1);
+    QCOMPARE(c->getLastError(), QStringLiteral("Canceled"));
+    QVERIFY(path.isEmpty());
+    // The next export runs again.
+    QVERIFY(c->exportDocument(int(document(0).id), path, 1, QString()));
+    QVERIFY(QFileInfo::exists(path));
+    // The canceled copy left no partial file beside it.
+    QDir exports(QFileInfo(path).absolutePath() + QStringLiteral("/.."));
+    int files = 0;
+    for (const QString &folder : exports.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        files += QDir(exports.filePath(folder)).entryList(QDir::Files).filter(document(0).fileName).size();
+    QCOMPARE(files, 1);
+}
+
+void tst_Archive::cancelExportFromAnotherThread()
+{
+    OrvexArchiveClient *c = client();
+    c->setChunkSize(256);
+    QSemaphore started;
+    QSemaphore canceled;
+    // Runs on the copying thread: hold the copy after its first chunk until the
+    // GUI thread has canceled.
+    const auto connection = connect(c, &kelArchiveClientInterface::currentReadSize, c, [&] {
+        if (started.available() == 0 && canceled.available() == 0) {
+            started.release();
+            canceled.acquire();
+        }
+    }, Qt::DirectConnection);
+    QString path;
+    QFuture<bool> future = QtConcurrent::run([&] { return c->exportDocument(int(document(1).id), path, 0, QString()); });
+    QVERIFY(started.tryAcquire(1, 15000));
+    c->cancelStreaming();
+    canceled.release();
+    future.waitForFinished();
+    disconnect(connection);
+    QVERIFY(!future.result());
+    QCOMPARE(c->getLastError(), QStringLiteral("Canceled"));
+}
+
+void tst_Archive::fileNamesAndInfo()
+{
+    OrvexArchiveClient *c = client();
+    const OrvexArchiveDocument a = document(0);
+    const OrvexArchiveDocument b = document(3);
+    const OrvexArchiveDocument hidden = document(4);
+    QCOMPARE(c->getDocumentFileName(QString::number(a.id), QString::number(a.docsId)), a.fileName);
+    QVERIFY(c->getDocumentFileName(QStringLiteral("x"), QString()).isEmpty());
+    QVERIFY(c->getDocumentFileName(QString::number(hidden.id), QString()).isEmpty());
+    QCOMPARE(c->getDocumentFileNames({QString::number(a.id), QString::number(b.id)}, {}),
+             (QStringList{a.fileName, b.fileName}));
+    // Fewer names than documents: the user may not export all of them.
+    QCOMPARE(c->getDocumentFileNames({QString::number(a.id), QString::number(hidden.id), QStringLiteral("abc")}, {}),
+             QStringList{a.fileName});
+    QVERIFY(c->getDocumentPartFileName(QString::number(a.id), QString(), QStringLiteral("2")).isEmpty());
+    QVERIFY(c->getDocumentPartFileName(QString::number(a.id), QString(), QStringLiteral("v1")).isEmpty());
+
+    QStringList info;
+    QVERIFY(c->getDocumentInfo({QString::number(a.id), QString::number(b.id)}, info));
+    QCOMPARE(info.size(), 2);
+    const QStringList fields = info.first().split(kInfoSep);
+    QCOMPARE(fields.size(), 9);
+    QCOMPARE(fields.at(0), QString::number(a.id));
+    QCOMPARE(fields.at(1), a.title);
+    QCOMPARE(fields.at(2), a.typeName);
+    QCOMPARE(fields.at(6), QString::number(a.pages));
+    QVERIFY(!c->getDocumentInfo({QString::number(a.id), QStringLiteral("999999")}, info));
+    QCOMPARE(info.size(), 1);
+    QVERIFY(!c->getDocumentInfo({QStringLiteral("1x")}, info));
+
+    QStringList actions;
+    QVERIFY(c->getDocumentActions({QString::number(a.id)}, actions, 0, QString()));
+    QVERIFY(actions.contains(QStringLiteral("EXPORT")));
+    QVERIFY(!actions.contains(QStringLiteral("DELETE")));
+    QVERIFY(!c->getDocumentActions({QString::number(hidden.id)}, actions, 0, QString()));
+    QVERIFY(c->moveDocToArchive(a.id, 0));
+    QVERIFY(!c->moveDocToArchive(a.id, 3));
+    QVERIFY(c->writeDocumentInfo(int(a.id), 0));
+    QVERIFY(!c->writeDocumentInfo(999999, 0));
+
+    const QStringList hits = c->searchDocs(a.title.section(QLatin1Char(' '), 1, 1));
+    QCOMPARE(hits, QStringList{QString::number(a.id)});
+    QVERIFY(c->searchDocs(hidden.title.section(QLatin1Char(' '), 1, 1)).isEmpty());
+}
+
+void tst_Archive::thumbnails_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("version");
+    QTest::addColumn<bool>("image");
+
+    QTest::newRow("first page for a card") << 1 << 0 << 800 << -1 << true;
+    QTest::newRow("last page, small") << 1 << -99 << 120 << -1 << true; // -99: the last page
+    QTest::newRow("duplicate check size") << 3 << 0 << 1024 << -1 << true;
+    QTest::newRow("old version") << 2 << 0 << 300 << 1 << true;
+    QTest::newRow("page past the end") << 1 << 50 << 800 << -1 << false;
+    QTest::newRow("negative page") << 1 << -1 << 800 << -1 << false;
+    QTest::newRow("zero size") << 1 << 0 << 0 << -1 << false;
+    QTest::newRow("unknown version") << 1 << 0 << 800 << 7 << false;
+}
+
+void tst_Archive::thumbnails()
+{
+    QFETCH(int, index);
+    QFETCH(int, page);
+    QFETCH(int, size);
+    QFETCH(int, version);
+    QFETCH(bool, image);
+    const OrvexArchiveDocument doc = document(index);
+    if (page == -99)
+        page = doc.pages - 1;
+    int pageCount = -1;
+    QString format;
+    const QByteArray bytes = client()->getDocumentThumbnail(int(doc.id), page, size, pageCount, format, 0, 0, version);
+    QCOMPARE(!bytes.isEmpty(), image);
+    if (!image) {
+        QVERIFY(!client()->getLastError().isEmpty());
+        return;
+    }
+    QCOMPARE(pageCount, doc.pages);
+    const QImage decoded = QImage::fromData(bytes);
+    QVERIFY(!decoded.isNull());
+    QCOMPARE(qMax(decoded.width(), decoded.height()), size);
+    QVERIFY(decoded.height() > decoded.width()); // A4 portrait
+}
+
+void tst_Archive::thumbnailOfUnreadableDocument()
+{
+    const OrvexArchiveDocument hidden = document(4);
+    int pageCount = -1;
+    QString format;
+    // A card gets nothing and falls back to its own placeholder ...
+    QVERIFY(client()->getDocumentThumbnail(int(hidden.id), 0, 800, pageCount, format, 0, 0, -1).isEmpty());
+    QCOMPARE(pageCount, 1);
+    // ... the duplicate check gets the archive's not-authorised image.
+    const QByteArray placeholder = client()->getDocumentThumbnail(int(hidden.id), 0, 1024, pageCount, format, 9, 0, 1);
+    QCOMPARE(placeholder, OrvexArchiveClient::notAuthorisedImage());
+    QVERIFY(!QImage::fromData(placeholder).isNull());
+    // The duplicates dialog recognises the placeholder by this fingerprint; it must never change.
+    QCOMPARE(QString::fromLatin1(QCryptographicHash::hash(placeholder, QCryptographicHash::Md5).toHex()),
+             QStringLiteral("91664c2266d48a8aec4e70c1e2e645c5"));
+    QCOMPARE(OrvexArchiveClient::notAuthorisedImageMd5(), QStringLiteral("91664c2266d48a8aec4e70c1e2e645c5"));
+    // Management sees the page.
+    m_archive.setUser(QStringLiteral("mmueller"));
+    OrvexConnectionValues values = m_archive.connectionValues();
+    QVERIFY(connectClient(client(), values));
+    const QByteArray page = client()->getDocumentThumbnail(int(hidden.id), 0, 1024, pageCount, format, 9, 0, 1);
+    m_archive.setUser(m_values.login1);
+    QVERIFY(!page.isEmpty());
+    QVERIFY(page != placeholder);
+    QCOMPARE(pageCount, hidden.pages);
+}
+
+void tst_Archive::thumbnailCache()
+{
+    const OrvexArchiveDocument doc = document(6);
+    int pageCount = 0;
+    QString format;
+    const QByteArray first = client()->getDocumentThumbnail(int(doc.id), 0, 222, pageCount, format, 0, 0, -1);
+    QVERIFY(!first.isEmpty());
+    const QString cached = m_archive.folder() + QStringLiteral("/cache/thumbs/%1/v1-p0-s222.png").arg(doc.id);
+    QCOMPARE(readFile(cached), first);
+    // Served from the cache: a marked cache file comes back as it is.
+    QImage marked = QImage::fromData(first);
+    marked.setPixelColor(0, 0, Qt::red);
+    QVERIFY(marked.save(cached, "PNG"));
+    const QByteArray second = client()->getDocumentThumbnail(int(doc.id), 0, 222, pageCount, format, 0, 0, -1);
+    QCOMPARE(QImage::fromData(second).pixelColor(0, 0), QColor(Qt::red));
+    QFile::remove(cached);
+    QCOMPARE(client()->getDocumentThumbnail(int(doc.id), 0, 222, pageCount, format, 0, 0, -1), first);
+}
+
+void tst_Archive::uploadWithoutDuplicates()
+{
+    OrvexArchiveClient *c = client();
+    const int before = m_archive.documents().size();
+    // An index past the sample's documents: new text, new layout.
+    const QString path = samplePdf(97, 1, QStringLiteral("Eine ganz neue Seite mit Zebrastreifen"));
+    QSignalSpy totals(c, &kelArchiveClientInterface::totalFileSize);
+    QSignalSpy ended(c, &kelArchiveClientInterface::saveDocEnd);
+    QSignalSpy changed(&m_archive, &OrvexArchive::documentsChanged);
+    // A host-given entry number right after the documents' own ones.
+    const qlonglong takenDocsId = m_archive.documents().last().docsId + 1;
+    const QString numbering = classify()->createClipboard(QStringLiteral("test numbering"));
+    QVERIFY(classify()->addToClipboard(numbering, QString::number(document(0).id), QString::number(takenDocsId)));
+    QString uploadId;
+    QVERIFY2(c->sendFile(path, uploadId), qPrintable(c->getLastError()));
+    QVERIFY(!uploadId.isEmpty());
+    QCOMPARE(totals.size(), 1);
+    QCOMPARE(totals.first().first().toString(), QString::number(QFileInfo(path).size()));
+    QCOMPARE(ended.size(), 1);
+
+    const QStringList reply = c->checkDuplicates(QString(), path, uploadId, false, 0, 0, 1, 1);
+    QCOMPARE(reply, QStringList{uploadId});
+    QVERIFY(c->commitUpload(uploadId));
+    const qlonglong id = c->getLastArchivedDocId();
+    QVERIFY(id > 0);
+    QCOMPARE(m_archive.documents().size(), before + 1);
+    QCOMPARE(m_archive.documents().last().id, id);
+    QCOMPARE(m_archive.documents().last().fileName, QFileInfo(path).fileName());
+    // Regression: the new document's entry number is not one a clipboard entry already uses.
+    QVERIFY(m_archive.documents().last().docsId != takenDocsId);
+    QCOMPARE(classify()->searchDocuments({QStringLiteral("docs_id in (%1)").arg(takenDocsId)}).value(1).section(QLatin1Char('#'), 0, 0),
+             QString::number(document(0).id));
+    QVERIFY(classify()->removeClipboard(numbering));
+    QCOMPARE(changed.size(), 1);
+    // Its text is searchable at once, and it is not pending any more.
+    QCOMPARE(c->searchDocs(QStringLiteral("Zebrastreifen")), QStringList{QString::number(id)});
+    QVERIFY(!c->commitUpload(uploadId));
+    QVERIFY(QDir(m_archive.folder() + QStringLiteral("/uploads")).isEmpty());
+}
+
+void tst_Archive::uploadOfAnExistingFile()
+{
+    OrvexArchiveClient *c = client();
+    const OrvexArchiveDocument original = document(5); // two versions
+    QString exported;
+    QVERIFY(c->exportDocumentVersion(int(original.id), 1, exported));
+    const QStringList before = archiveSnapshot(m_archive.folder());
+
+    QString uploadId;
+    QVERIFY(c->sendFile(exported, uploadId));
+    const QStringList reply = c->checkDuplicates(QStringLiteral("data"), exported, uploadId, true, 0, 0, 1, 1);
+    QVERIFY(reply.size() > 2);
+    QCOMPARE(reply.at(0), uploadId);
+    const int originals = reply.at(1).toInt();
+    QVERIFY(originals >= 1);
+    QSet<QString> keys;
+    for (int i = 0; i < originals; ++i) {
+        const QString line = reply.at(2 + i);
+        keys.insert(line.section(QLatin1Char(';'), 0, 0));
+        QVERIFY(!QImage::fromData(QByteArray::fromBase64(line.section(QLatin1Char(';'), 1).toLatin1())).isNull());
+    }
+    QSet<QString> duplicatePages;
+    for (int i = 2 + originals; i < reply.size(); ++i) {
+        const QStringList fields = reply.at(i).split(QLatin1Char(';'));
+        QCOMPARE(fields.size(), 5);
+        QVERIFY2(keys.contains(fields.at(4)), qPrintable(reply.at(i)));
+        if (fields.at(0) == QString::number(original.id) && fields.at(1) == QLatin1String("1"))
+            duplicatePages.insert(fields.at(2));
+    }
+    // Every page of the exported version is found as a duplicate.
+    QCOMPARE(duplicatePages.size(), original.pages);
+
+    c->discardUpload(uploadId);
+    QVERIFY(!c->commitUpload(uploadId));
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+    QVERIFY(QDir(m_archive.folder() + QStringLiteral("/uploads")).isEmpty());
+}
+
+void tst_Archive::uploadWithADuplicatePage()
+{
+    // The pages of sample document 8 and one new page: other bytes, same first pages.
+    OrvexArchiveClient *c = client();
+    const OrvexArchiveDocument original = document(7);
+    const QString path = samplePdf(7, 1, QStringLiteral("Nachtrag: ein weiteres Blatt"));
+    QString uploadId;
+    QVERIFY(c->sendFile(path, uploadId));
+    const QStringList reply = c->checkDuplicates(QString(), path, uploadId, false, 0, 0, 1, 1);
+    QVERIFY(reply.size() > 2);
+    const int originals = reply.at(1).toInt();
+    QCOMPARE(originals, original.pages);
+    QStringList hits;
+    for (int i = 2 + originals; i < reply.size(); ++i)
+        hits << reply.at(i);
+    for (int page = 0; page < original.pages; ++page)
+        QVERIFY2(hits.contains(QStringLiteral("%1;1;%2;page;page%2").arg(original.id).arg(page)),
+                 qPrintable(hits.join(QLatin1Char(' '))));
+    // Thumbnails of the duplicates for the dialog.
+    int pageCount = 0;
+    QString format;
+    QVERIFY(!c->getDocumentThumbnail(int(original.id), 0, 1024, pageCount, format, 9, 0, 1).isEmpty());
+    c->discardUpload(uploadId);
+}
+
+void tst_Archive::uploadFromAPoolThread()
+{
+    OrvexArchiveClient *c = client();
+    QSignalSpy totals(c, &kelArchiveClientInterface::totalFileSize);
+    QSignalSpy ended(c, &kelArchiveClientInterface::saveDocEnd);
+    const QString path = samplePdf(98, 1, QStringLiteral("Vom Pool-Thread hochgeladen"));
+    QStringList reply;
+    // As the upload runs it: sendFile and checkDuplicates on a pool thread, the GUI thread waits.
+    QFuture<void> task = QtConcurrent::run([&] {
+        QString uploadId;
+        if (c->sendFile(path, uploadId))
+            reply = c->checkDuplicates(QString(), path, uploadId, false, 0, 0, 1, 1);
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(task.isFinished(), 30000);
+    QCOMPARE(reply.size(), 1);
+    // The signals reached this thread's receivers.
+    QTRY_COMPARE(ended.size(), 1);
+    QCOMPARE(totals.size(), 1);
+    QVERIFY(c->commitUpload(reply.first()));
+}
+
+void tst_Archive::cancelUpload()
+{
+    OrvexArchiveClient *c = client();
+    c->setChunkSize(1000);
+    const QString path = samplePdf(99, 1);
+    connect(c, &kelArchiveClientInterface::currentReadSize, this, [c] { c->cancelStreaming(); });
+    QSignalSpy ended(c, &kelArchiveClientInterface::saveDocEnd);
+    const QStringList before = archiveSnapshot(m_archive.folder());
+    QString uploadId;
+    const bool ok = c->sendFile(path, uploadId);
+    disconnect(c, &kelArchiveClientInterface::currentReadSize, this, nullptr);
+    QVERIFY(!ok);
+    QVERIFY(uploadId.isEmpty());
+    QCOMPARE(ended.size(), 0);
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+    QVERIFY(QDir(m_archive.folder() + QStringLiteral("/uploads")).isEmpty());
+}
+
+void tst_Archive::corruptPdfUpload()
+{
+    OrvexArchiveClient *c = client();
+    const QString path = m_scratch.filePath(QStringLiteral("broken.pdf"));
+    QVERIFY(writeFile(path, QByteArray("%PDF-1.4\n1 0 obj << /Type /Catalog >> garbage\n").repeated(20)));
+    const QStringList before = archiveSnapshot(m_archive.folder());
+    const int documents = m_archive.documents().size();
+
+    QString uploadId;
+    QVERIFY(c->sendFile(path, uploadId)); // the transfer itself works
+    QVERIFY(c->checkDuplicates(QString(), path, uploadId, false, 0, 0, 1, 1).isEmpty());
+    QVERIFY2(c->getLastError().contains(QStringLiteral("not a readable PDF")), qPrintable(c->getLastError()));
+    // Refused uploads do not linger.
+    QVERIFY(!c->commitUpload(uploadId));
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+
+    // Committed without the check, the import refuses it as well.
+    QVERIFY(c->sendFile(path, uploadId));
+    const QStringList pending = archiveSnapshot(m_archive.folder());
+    QVERIFY(!c->commitUpload(uploadId));
+    QVERIFY(c->getLastError().contains(QStringLiteral("not a readable PDF")));
+    QCOMPARE(archiveSnapshot(m_archive.folder()), pending);
+    QCOMPARE(m_archive.documents().size(), documents);
+    c->discardUpload(uploadId);
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+}
+
+void tst_Archive::readOnlyDataFolder()
+{
+    // Tests may run as root, where permissions do not stop writes: a plain file
+    // in place of the data folders makes every write into them fail.
+    OrvexArchiveClient *c = client();
+    const QString files = m_archive.folder() + QStringLiteral("/files");
+    const QString moved = m_archive.folder() + QStringLiteral("/files.moved");
+    const QString path = samplePdf(96, 1, QStringLiteral("Schreibgeschützt"));
+    QString uploadId;
+    QVERIFY(c->sendFile(path, uploadId));
+    const QStringList before = archiveSnapshot(m_archive.folder());
+    QVERIFY(QDir().rename(files, moved));
+    QVERIFY(writeFile(files, "not a folder"));
+    const bool committed = c->commitUpload(uploadId);
+    const QString error = c->getLastError();
+    const QStringList after = archiveSnapshot(m_archive.folder());
+    QVERIFY(QFile::remove(files));
+    QVERIFY(QDir().rename(moved, files));
+    QVERIFY(!committed);
+    QVERIFY2(error.contains(QStringLiteral("Cannot")), qPrintable(error));
+    QCOMPARE(after, before);
+    // Once the folder is back, the same upload goes through.
+    QVERIFY2(c->commitUpload(uploadId), qPrintable(c->getLastError()));
+
+    const QString uploads = m_archive.folder() + QStringLiteral("/uploads");
+    QVERIFY(QDir(uploads).removeRecursively());
+    QVERIFY(writeFile(uploads, "not a folder"));
+    const bool sent = c->sendFile(path, uploadId);
+    QVERIFY(QFile::remove(uploads));
+    QVERIFY(QDir().mkpath(uploads));
+    QVERIFY(!sent);
+    QVERIFY(c->getLastError().contains(QStringLiteral("Cannot write")));
+}
+
+void tst_Archive::unknownUploads()
+{
+    OrvexArchiveClient *c = client();
+    const QStringList before = archiveSnapshot(m_archive.folder());
+    QVERIFY(!c->commitUpload(QStringLiteral("no-such-upload")));
+    QVERIFY(c->getLastError().contains(QStringLiteral("Unknown upload")));
+    QVERIFY(c->checkDuplicates(QString(), QString(), QStringLiteral("no-such-upload"), false, 0, 0, 1, 1).isEmpty());
+    QVERIFY(c->checkDuplicates(QString(), QString(), QString(), false, 0, 0, 1, 1).isEmpty());
+    c->discardUpload(QStringLiteral("no-such-upload"));
+    QString uploadId;
+    QVERIFY(!c->sendFile(m_scratch.filePath(QStringLiteral("missing.pdf")), uploadId));
+    QVERIFY(c->getLastError().contains(QStringLiteral("Cannot read")));
+    // Another user's upload is not ours to commit.
+    const QString path = samplePdf(95, 1);
+    QVERIFY(c->sendFile(path, uploadId));
+    auto *second = static_cast<OrvexArchiveClient *>(c->createClient(QString()));
+    OrvexConnectionValues values = m_values;
+    values.login1 = QStringLiteral("jschmidt");
+    QVERIFY(connectClient(second, values));
+    QVERIFY(!second->commitUpload(uploadId));
+    second->discardUpload(uploadId);
+    delete second;
+    c->discardUpload(uploadId);
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+}
+
+void tst_Archive::deleteNeedsAdministrator()
+{
+    OrvexArchiveClient *c = client();
+    const OrvexArchiveDocument doc = document(30);
+    const QStringList before = archiveSnapshot(m_archive.folder());
+    QVERIFY(!c->deleteDocument(QString::number(doc.id), {}));
+    QVERIFY(c->getLastError().contains(QStringLiteral("may not delete")));
+    QVERIFY(!c->deleteDocument(QStringLiteral("abc"), {}));
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+
+    OrvexConnectionValues values = m_values;
+    values.login1 = QStringLiteral("admin");
+    QVERIFY(connectClient(c, values));
+    QStringList actions;
+    QVERIFY(c->getDocumentActions({QString::number(doc.id)}, actions, 0, QString()));
+    QVERIFY(actions.contains(QStringLiteral("DELETE")));
+    QVERIFY2(c->deleteDocument(QString::number(doc.id), {}), qPrintable(c->getLastError()));
+    QVERIFY(!QFileInfo::exists(m_archive.folder() + QStringLiteral("/files/%1").arg(doc.id)));
+    QString path;
+    QVERIFY(!c->exportDocument(int(doc.id), path, 1, QString()));
+    QVERIFY(!c->deleteDocument(QString::number(doc.id), {}));
+}
+
+void tst_Archive::sampleArchive()
+{
+    OrvexArchive archive;
+    QVERIFY(archive.open(m_archive.folder()));
+    const QList<OrvexArchiveDocument> documents = archive.documents();
+    QVERIFY(documents.size() >= 30);
+    QSet<QString> types, statuses;
+    int multiPage = 0, multiVersion = 0, unreadable = 0;
+    for (const OrvexArchiveDocument &document : documents) {
+        types.insert(document.typeName);
+        statuses.insert(document.statusName);
+        multiPage += document.pages > 1;
+        multiVersion += document.versions > 1;
+        unreadable += !document.readable;
+        QVERIFY(document.docsId > 0 && document.docsId != document.id);
+        QVERIFY(document.fileName.endsWith(QLatin1String(".pdf")));
+    }
+    QVERIFY(types.size() >= 3);
+    QVERIFY(statuses.size() >= 3);
+    QVERIFY(multiPage >= 10);
+    QVERIFY(multiVersion >= 3);
+    QVERIFY(unreadable >= 1);
+
+    const QStringList roles = archive.classifyClient()->getAllRoles();
+    QVERIFY(roles.contains(QStringLiteral("tavloUSER")));
+    QVERIFY(!roles.filter(QRegularExpression(QStringLiteral("^r_"))).isEmpty());
+    QVERIFY(!roles.filter(QRegularExpression(QStringLiteral("^LDAP_"))).isEmpty());
+
+    // The values the host hands over are the ones the archive accepts.
+    QVERIFY(connectClient(archive.archiveClient(), archive.connectionValues()));
+}
+
+void tst_Archive::reopenKeepsEverything()
+{
+    const QStringList before = archiveSnapshot(m_archive.folder());
+    {
+        OrvexArchive archive;
+        QVERIFY(archive.open(m_archive.folder()));
+        QVERIFY(archive.open(m_archive.folder())); // opening again on the same object
+    }
+    QCOMPARE(archiveSnapshot(m_archive.folder()), before);
+    QCOMPARE(before.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))), QStringList{"schema_version|1"});
+}
+
+void tst_Archive::emptyArchiveWithoutSample()
+{
+    const QString folder = m_dir.filePath(QStringLiteral("empty"));
+    OrvexArchive archive;
+    QVERIFY2(archive.open(folder, false), qPrintable(archive.lastError()));
+    QVERIFY(archive.documents().isEmpty());
+    ClassifyInterface *classify = archive.classifyClient();
+    QList<QPair<QString, QString>> clipboards{{QStringLiteral("stale"), QStringLiteral("stale")}};
+    QVERIFY(classify->getClipboards(clipboards));
+    QVERIFY(clipboards.isEmpty());
+    // The local user is known, so it can work at once.
+    QVERIFY(!classify->createClipboard(QStringLiteral("Erste Mappe")).isEmpty());
+    QVERIFY(connectClient(archive.archiveClient(), archive.connectionValues()));
+
+    QTemporaryDir scratch;
+    const QString image = scratch.filePath(QStringLiteral("scan.png"));
+    QImage picture(120, 80, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    QVERIFY(picture.save(image));
+    QSignalSpy changed(&archive, &OrvexArchive::documentsChanged);
+    const qlonglong id = archive.importFile(image, QStringLiteral("Scan"));
+    QVERIFY2(id > 0, qPrintable(archive.lastError()));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(archive.documents().size(), 1);
+    QCOMPARE(archive.documents().first().pages, 1);
+    int pages = 0;
+    QString format;
+    // Images are served as they are.
+    QFile original(image);
+    QVERIFY(original.open(QIODevice::ReadOnly));
+    QCOMPARE(archive.archiveClient()->getDocumentThumbnail(int(id), 0, 800, pages, format, 0, 0, -1), original.readAll());
+    QVERIFY(archive.importFile(scratch.filePath(QStringLiteral("missing.pdf"))) == 0);
+    QVERIFY(!archive.lastError().isEmpty());
+}
+
+void tst_Archive::unusableFolders_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("garbage database") << "garbage" << "not an archive database";
+    QTest::newRow("foreign database") << "foreign" << "no schema version";
+    QTest::newRow("newer schema") << "newer" << "schema version 99";
+    QTest::newRow("damaged schema table") << "damaged" << "damaged";
+    QTest::newRow("database missing") << "missing" << "database is missing";
+    QTest::newRow("folder is a file") << "file" << "is not a folder";
+    QTest::newRow("database is a folder") << "dbfolder" << "is not a database file";
+    QTest::newRow("no folder") << "none" << "No archive folder";
+}
+
+void tst_Archive::unusableFolders()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, error);
+    const QString folder = m_dir.filePath(QStringLiteral("bad-") + kind);
+    const QString database = folder + QStringLiteral("/archive.sqlite");
+    QDir().mkpath(folder);
+    if (kind == QLatin1String("garbage"))
+        QVERIFY(writeFile(database, QByteArray("this is no database at all ").repeated(200)));
+    else if (kind == QLatin1String("foreign"))
+        QVERIFY(makeDatabase(database, {QStringLiteral("CREATE TABLE customers(id INTEGER)")}));
+    else if (kind == QLatin1String("newer"))
+        QVERIFY(makeDatabase(database, {QStringLiteral("CREATE TABLE schema_version(version INTEGER)"),
+                                        QStringLiteral("INSERT INTO schema_version VALUES (99)")}));
+    else if (kind == QLatin1String("damaged"))
+        QVERIFY(makeDatabase(database, {QStringLiteral("CREATE TABLE schema_version(level INTEGER)")}));
+    else if (kind == QLatin1String("missing"))
+        QVERIFY(QDir().mkpath(folder + QStringLiteral("/files/1001")));
+    else if (kind == QLatin1String("file"))
+        QVERIFY(QDir(folder).removeRecursively() && writeFile(folder, "plain file"));
+    else if (kind == QLatin1String("dbfolder"))
+        QVERIFY(QDir().mkpath(database));
+
+    const QByteArray databaseBefore = QFileInfo(database).isFile() ? [&] {
+        QFile file(database);
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }() : QByteArray();
+
+    OrvexArchive archive;
+    QVERIFY(!archive.open(kind == QLatin1String("none") ? QString() : folder));
+    QVERIFY2(archive.lastError().contains(error), qPrintable(archive.lastError()));
+    QVERIFY(!archive.isOpen());
+    QVERIFY(archive.documents().isEmpty());
+    QVERIFY(archive.classifyClient() == nullptr);
+    QVERIFY(archive.archiveClient() == nullptr);
+    QCOMPARE(archive.connectionValues().port, 0);
+    // Nothing was created or changed in a folder that is not an archive.
+    if (QFileInfo(database).isFile()) {
+        QFile file(database);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), databaseBefore);
+    }
+    if (kind == QLatin1String("missing"))
+        QVERIFY(!QFileInfo::exists(database));
+}
+
+void tst_Archive::databaseRemovedWhileOpen()
+{
+    const QString folder = m_dir.filePath(QStringLiteral("vanishing"));
+    OrvexArchive archive;
+    QVERIFY(archive.open(folder, false));
+    auto *classify = static_cast<OrvexClassifyClient *>(archive.classifyClient());
+    for (const QString &suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm")})
+        QFile::remove(folder + QStringLiteral("/archive.sqlite") + suffix);
+    // A thread that opens its own connection now finds no database, and says so
+    // instead of creating an empty one.
+    bool ok = true;
+    QScopedPointer<QThread> thread(QThread::create([&] {
+        QList<QPair<QString, QString>> clipboards;
+        ok = classify->getClipboards(clipboards);
+    }));
+    thread->start();
+    QVERIFY(thread->wait(30000));
+    QVERIFY(!ok);
+    QVERIFY2(classify->lastError().contains(QStringLiteral("Cannot open the archive database")),
+             qPrintable(classify->lastError()));
+    QVERIFY(!QFileInfo::exists(folder + QStringLiteral("/archive.sqlite")));
+}
+
+void tst_Archive::pluginLoadsAndConnects()
+{
+    OrvexArchive archive;
+    QVERIFY(archive.open(m_archive.folder()));
+    qputenv("ORVEX_ARCHIVE_DIR", m_archive.folder().toLocal8Bit());
+
+    QPluginLoader loader(pluginPath());
+    QCOMPARE(loader.metaData().value(QStringLiteral("IID")).toString(), QStringLiteral(kelArchiveClientInterface_iid));
+    QObject *root = loader.instance();
+    QVERIFY2(root, qPrintable(loader.errorString()));
+    auto *factory = qobject_cast<kelArchiveClientInterface *>(root);
+    QVERIFY(factory);
+    kelArchiveClientInterface *client = factory->createClient(QCoreApplication::applicationDirPath());
+    QVERIFY2(client, qPrintable(factory->getLastError()));
+    QVERIFY2(connectClient(client, archive.connectionValues()), qPrintable(client->getLastError()));
+
+    // The same archive: what the host's archive holds, the plugin's client exports.
+    const OrvexArchiveDocument document = archive.documents().first();
+    QCOMPARE(client->getDocumentFileName(QString::number(document.id), QString()), document.fileName);
+    QSignalSpy total(client, SIGNAL(totalFileSize(QString)));
+    QString path;
+    QVERIFY(client->exportDocument(int(document.id), path, 1, QStringLiteral("IGNORE")));
+    QVERIFY(QFileInfo(path).size() > 0);
+    QCOMPARE(total.size(), 1);
+
+    // An upload through the plugin's client reaches the host's archive object.
+    QSignalSpy changed(&archive, &OrvexArchive::documentsChanged);
+    const int before = archive.documents().size();
+    QString uploadId;
+    QVERIFY(client->sendFile(path, uploadId));
+    QVERIFY(client->commitUpload(uploadId));
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(archive.documents().size(), before + 1);
+    QCOMPARE(archive.documents().last().id, client->getLastArchivedDocId());
+    delete client;
+    qunsetenv("ORVEX_ARCHIVE_DIR");
+}
+
+void tst_Archive::pluginReportsAnUnusableArchive()
+{
+    const QString folder = m_dir.filePath(QStringLiteral("plugin-garbage"));
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(writeFile(folder + QStringLiteral("/archive.sqlite"), QByteArray(4096, 'x')));
+    qputenv("ORVEX_ARCHIVE_DIR", folder.toLocal8Bit());
+    QPluginLoader loader(pluginPath());
+    auto *factory = qobject_cast<kelArchiveClientInterface *>(loader.instance());
+    QVERIFY(factory);
+    QVERIFY(factory->createClient(QCoreApplication::applicationDirPath()) == nullptr);
+    QVERIFY2(factory->getLastError().contains(QStringLiteral("not an archive database")),
+             qPrintable(factory->getLastError()));
+    qunsetenv("ORVEX_ARCHIVE_DIR");
+}
+
+QTEST_MAIN(tst_Archive)
+#include "tst_archive.moc"

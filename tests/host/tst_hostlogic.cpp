@@ -1,0 +1,147 @@
+// The host's document list (filter and sort) and the texts of workbench
+// commands, without a window.
+#include "orvexarchive.h"
+#include "orvexdocumentfiltermodel.h"
+#include "orvexdocumentlistmodel.h"
+#include "orvexhostcommands.h"
+#include "orvexhosttranslations.h"
+
+#include <QtTest>
+
+using Model = OrvexDocumentListModel;
+
+static OrvexArchiveDocument doc(qlonglong id, const QString &title, const QString &type, const QString &status,
+                                int pages, const QString &date)
+{
+    OrvexArchiveDocument d;
+    d.id = id;
+    d.title = title;
+    d.typeName = type;
+    d.statusName = status;
+    d.pages = pages;
+    d.date = date;
+    return d;
+}
+
+class tst_HostLogic : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void filter_data();
+    void filter();
+    void sorting_data();
+    void sorting();
+    void commandTexts_data();
+    void commandTexts();
+
+private:
+    Model m_model;
+    OrvexDocumentFilterModel m_proxy;
+};
+
+void tst_HostLogic::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    OrvexHostTranslations::install(QLocale(QLocale::English)); // plural forms
+    m_model.setDocuments({
+        doc(9, QStringLiteral("Invoice 9 Müller"), QStringLiteral("Invoice"), QStringLiteral("Paid"), 2, QStringLiteral("2024-03-01")),
+        doc(10, QStringLiteral("Invoice 10 Schmidt"), QStringLiteral("Invoice"), QStringLiteral("Open"), 12, QStringLiteral("2023-11-20")),
+        doc(112, QStringLiteral("Delivery note"), QStringLiteral("Delivery"), QStringLiteral("Archived"), 1, QStringLiteral("2024-07-15")),
+        doc(3, QStringLiteral("Contract Meyer"), QStringLiteral("Contract"), QStringLiteral("Paid"), 30, QStringLiteral("2022-01-05")),
+    });
+    m_proxy.setSourceModel(&m_model);
+}
+
+static QList<qlonglong> idsInViewOrder(const QAbstractItemModel &model)
+{
+    QList<qlonglong> ids;
+    for (int row = 0; row < model.rowCount(); ++row)
+        ids << model.index(row, Model::TitleColumn).data(Model::DocumentIdRole).toLongLong();
+    return ids;
+}
+
+void tst_HostLogic::filter_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QList<qlonglong>>("expected"); // in id order
+
+    QTest::newRow("empty shows all") << QString() << QList<qlonglong>{3, 9, 10, 112};
+    QTest::newRow("case-insensitive") << QStringLiteral("PAID") << QList<qlonglong>{3, 9};
+    QTest::newRow("umlaut") << QStringLiteral("müller") << QList<qlonglong>{9};
+    QTest::newRow("every word must match") << QStringLiteral("invoice paid") << QList<qlonglong>{9};
+    QTest::newRow("words in any column and order") << QStringLiteral("2022 paid") << QList<qlonglong>{3};
+    QTest::newRow("digits in id and date") << QStringLiteral("11") << QList<qlonglong>{10, 112};
+    QTest::newRow("one word fails") << QStringLiteral("invoice zzz") << QList<qlonglong>{};
+    QTest::newRow("regex characters are plain text") << QStringLiteral("in.oice") << QList<qlonglong>{};
+}
+
+void tst_HostLogic::filter()
+{
+    QFETCH(QString, text);
+    QFETCH(QList<qlonglong>, expected);
+
+    m_proxy.sort(Model::IdColumn);
+    m_proxy.setFilterText(text);
+    QCOMPARE(idsInViewOrder(m_proxy), expected);
+    m_proxy.setFilterText(QString());
+    QCOMPARE(m_proxy.rowCount(), 4);
+}
+
+void tst_HostLogic::sorting_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<Qt::SortOrder>("order");
+    QTest::addColumn<QList<qlonglong>>("expected");
+
+    // Numbers sort by value (a text sort would put 10 and 112 before 3 and 9).
+    QTest::newRow("id") << int(Model::IdColumn) << Qt::AscendingOrder << QList<qlonglong>{3, 9, 10, 112};
+    QTest::newRow("pages descending") << int(Model::PagesColumn) << Qt::DescendingOrder
+                                      << QList<qlonglong>{3, 10, 9, 112};
+    // Titles the way people read them: "Invoice 9" before "Invoice 10", also in the C locale.
+    QTest::newRow("title") << int(Model::TitleColumn) << Qt::AscendingOrder << QList<qlonglong>{3, 112, 9, 10};
+    QTest::newRow("date") << int(Model::DateColumn) << Qt::AscendingOrder << QList<qlonglong>{3, 10, 9, 112};
+}
+
+void tst_HostLogic::sorting()
+{
+    QFETCH(int, column);
+    QFETCH(Qt::SortOrder, order);
+    QFETCH(QList<qlonglong>, expected);
+
+    m_proxy.sort(column, order);
+    QCOMPARE(idsInViewOrder(m_proxy), expected);
+}
+
+void tst_HostLogic::commandTexts_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("message");
+
+    const QString notYet = QStringLiteral(": not available in this host yet");
+    QTest::newRow("open") << QStringLiteral("OPENDOC")
+                          << QStringList{QStringLiteral("12"), QStringLiteral("note"), QStringLiteral("7")}
+                          << QStringLiteral("Open document 12") + notYet;
+    QTest::newRow("export") << QStringLiteral("EXPORTDOCS")
+                            << QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}
+                            << QStringLiteral("Export 3 documents") + notYet;
+    QTest::newRow("mail one") << QStringLiteral("MAILDOCS") << QStringList{QStringLiteral("1")}
+                              << QStringLiteral("Mail 1 document") + notYet;
+    QTest::newRow("unknown") << QStringLiteral("PRINTDOCS") << QStringList{QStringLiteral("1"), QStringLiteral("2")}
+                             << QStringLiteral("Unknown command PRINTDOCS (1, 2)");
+    QTest::newRow("lower case is another word") << QStringLiteral("opendoc") << QStringList()
+                                                << QStringLiteral("Unknown command opendoc");
+}
+
+void tst_HostLogic::commandTexts()
+{
+    QFETCH(QString, command);
+    QFETCH(QStringList, args);
+    QFETCH(QString, message);
+    QCOMPARE(OrvexHostCommands::notAvailableMessage(command, args), message);
+}
+
+QTEST_MAIN(tst_HostLogic)
+#include "tst_hostlogic.moc"

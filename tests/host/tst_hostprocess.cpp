@@ -1,0 +1,62 @@
+// orvexhost as a program: how it exits, and what it says, when it cannot start.
+#include "hostprocess.h"
+
+#include <QLibraryInfo>
+#include <QtTest>
+
+class tst_HostProcess : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void failures_data();
+    void failures();
+
+private:
+    QTemporaryDir m_scratch;
+};
+
+void tst_HostProcess::failures_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("message"); // part of the host's line on stderr
+
+    QFile blocker(m_scratch.filePath(QStringLiteral("a-file")));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    const QStringList archive{QStringLiteral("--archive"), m_scratch.filePath(QStringLiteral("archive")),
+                              QStringLiteral("--screenshot"), m_scratch.filePath(QStringLiteral("never.png"))};
+    const QString workbench = QStringLiteral("--workbench");
+    // Also guards against an option name that QApplication swallows (it did with --plugin).
+    QTest::newRow("missing plugin") << archive + QStringList{workbench, m_scratch.filePath(QStringLiteral("libno.so"))}
+                                    << 3 << QStringLiteral("libno.so does not exist");
+    QTest::newRow("plugin is no library") << archive + QStringList{workbench, blocker.fileName()} << 3
+                                          << QStringLiteral("could not be loaded");
+    const QString svgPlugin = QLibraryInfo::location(QLibraryInfo::PluginsPath) + QStringLiteral("/imageformats/libqsvg.so");
+    if (QFile::exists(svgPlugin))
+        QTest::newRow("another Qt plugin") << archive + QStringList{workbench, svgPlugin} << 3
+                                           << QStringLiteral("not a document plugin");
+    QTest::newRow("archive folder cannot be made")
+        << QStringList{QStringLiteral("--archive"), m_scratch.filePath(QStringLiteral("a-file/archive"))} << 2
+        << QStringLiteral("a-file/archive could not be opened");
+    QTest::newRow("bad timeout") << QStringList{QStringLiteral("--timeout"), QStringLiteral("never")} << 1
+                                 << QStringLiteral("\"never\"");
+    QTest::newRow("unknown option") << QStringList{QStringLiteral("--colour=red")} << 1 << QStringLiteral("colour");
+}
+
+void tst_HostProcess::failures()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QString, message);
+
+    HostProcess host;
+    const HostProcess::Result result = host.run(arguments, 120000);
+    QVERIFY2(result.finished && result.exitStatus == QProcess::NormalExit && result.exitCode == exitCode,
+             HostProcess::describe(result).constData());
+    QVERIFY2(!HostProcess::messageLine(result.err, message).isEmpty(), HostProcess::describe(result).constData());
+    QVERIFY(!QFile::exists(m_scratch.filePath(QStringLiteral("never.png"))));
+}
+
+QTEST_GUILESS_MAIN(tst_HostProcess)
+#include "tst_hostprocess.moc"

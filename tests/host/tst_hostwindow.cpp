@@ -1,0 +1,198 @@
+// The host's main window with the real workbench plugin module: first with
+// recording doubles as the clients, then as a whole session on a fresh archive.
+#include "orvexarchive.h"
+#include "orvexarchiveclient.h"
+#include "orvexhostcommands.h"
+#include "orvexhostoptions.h"
+#include "orvexhostsession.h"
+#include "orvexhosttranslations.h"
+#include "orvexhostwindow.h"
+#include "orvexworkbenchdock.h"
+#include "orvexworkbenchloader.h"
+#include "orvexworkbenchtab.h"
+#include "recordingarchiveclient.h"
+#include "recordingclassifyclient.h"
+#include "tavlodocplugininterface.h"
+
+#include <QDockWidget>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QStatusBar>
+#include <QTableView>
+#include <QtTest>
+
+static OrvexArchiveDocument doc(qlonglong id, const QString &title)
+{
+    OrvexArchiveDocument d;
+    d.id = id;
+    d.title = title;
+    return d;
+}
+
+static int listed(const QMainWindow *window)
+{
+    return window->findChild<QTableView *>(QStringLiteral("m_documentView"))->model()->rowCount();
+}
+
+class tst_HostWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void workbenchGetsClientsAndConnectionAndDocksRight();
+    void commandsAreShownInTheStatusBar_data();
+    void commandsAreShownInTheStatusBar();
+    void filterEditFiltersTheList();
+    void sessionOnAFreshArchive();
+    void germanTexts(); // last: installs translators for the rest of the process
+
+private:
+    OrvexWorkbenchLoader m_loader;
+    TavloDocPluginInterface *m_plugin = nullptr; // a fresh instance per test
+    RecordingArchiveClient *m_archive = nullptr;
+    RecordingClassifyClient *m_classify = nullptr;
+    OrvexHostWindow *m_window = nullptr;
+    const OrvexConnectionValues m_connection{QStringLiteral("localhost"), 4711, QStringLiteral("anna"),
+                                             QStringLiteral("secret"), QStringLiteral("Main"),
+                                             QStringLiteral("token")};
+};
+
+void tst_HostWindow::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    OrvexHostTranslations::install(QLocale(QLocale::English));
+    QVERIFY2(m_loader.load(OrvexWorkbenchLoader::defaultPluginPath()), qPrintable(m_loader.errorString()));
+}
+
+void tst_HostWindow::init()
+{
+    m_plugin = m_loader.plugin()->createInstance();
+    m_archive = new RecordingArchiveClient(this);
+    // Archive names other than the fifth value are refused: a swapped value fails the chain.
+    m_archive->setConnectionValues(m_connection.server, m_connection.port, m_connection.login1,
+                                   m_connection.login2, m_connection.login3, {m_connection.archiveName});
+    m_classify = new RecordingClassifyClient(this);
+    m_window = new OrvexHostWindow;
+    m_window->setDocuments({doc(9, QStringLiteral("Invoice nine")), doc(10, QStringLiteral("Invoice ten")),
+                            doc(3, QStringLiteral("Contract"))});
+    QVERIFY(m_window->installWorkbench(m_plugin, m_classify, m_archive, m_connection));
+}
+
+void tst_HostWindow::cleanup()
+{
+    delete m_window; // owns the dock, which borrows the clients
+    delete m_plugin;
+    delete m_archive;
+    delete m_classify;
+}
+
+void tst_HostWindow::workbenchGetsClientsAndConnectionAndDocksRight()
+{
+    QVERIFY2(m_archive->isConnected(), qPrintable(m_archive->getLastError()));
+    const CallLog &log = m_archive->log();
+    QCOMPARE(log.last(QStringLiteral("openConnection")).args, (QVariantList{m_connection.server, m_connection.port}));
+    QCOMPARE(log.last(QStringLiteral("logIn")).args,
+             (QVariantList{m_connection.login1, m_connection.login2, m_connection.login3}));
+    auto *dock = qobject_cast<orvexworkbenchdock *>(m_window->workbenchDock());
+    QVERIFY(dock);
+    QCOMPARE(dock->tabWidget()->archiveClient(), m_archive);
+    QCOMPARE(dock->tabWidget()->classifyClient(), m_classify);
+
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    QCOMPARE(m_window->dockWidgetArea(dock), Qt::RightDockWidgetArea);
+    QVERIFY(dock->isVisible());
+    QVERIFY(m_window->findChild<QMenu *>(QStringLiteral("menuView"))->actions().contains(dock->toggleViewAction()));
+}
+
+void tst_HostWindow::commandsAreShownInTheStatusBar_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QStringList>("args");
+
+    QTest::newRow("open") << QStringLiteral("OPENDOC")
+                          << QStringList{QStringLiteral("12"), QStringLiteral("a note"), QStringLiteral("7")};
+    QTest::newRow("classification") << QStringLiteral("SHOWCLASSIFICATION") << QStringList{QStringLiteral("7")};
+    QTest::newRow("export") << QStringLiteral("EXPORTDOCS") << QStringList{QStringLiteral("7"), QStringLiteral("8")};
+    QTest::newRow("mail") << QStringLiteral("MAILDOCS") << QStringList{QStringLiteral("7")};
+    QTest::newRow("unknown word") << QStringLiteral("SHRED") << QStringList();
+}
+
+void tst_HostWindow::commandsAreShownInTheStatusBar()
+{
+    QFETCH(QString, command);
+    QFETCH(QStringList, args);
+
+    m_window->show();
+    // Boards raise commands through the tab set; the host hears them from the plugin alone.
+    auto *dock = qobject_cast<orvexworkbenchdock *>(m_window->workbenchDock());
+    emit dock->tabWidget()->doCommand(command, args);
+    QCOMPARE(m_window->statusBar()->currentMessage(), OrvexHostCommands::notAvailableMessage(command, args));
+    QTest::qWait(100); // and the message stays
+    QCOMPARE(m_window->statusBar()->currentMessage(), OrvexHostCommands::notAvailableMessage(command, args));
+}
+
+void tst_HostWindow::filterEditFiltersTheList()
+{
+    m_window->show();
+    auto *filter = m_window->findChild<QLineEdit *>(QStringLiteral("m_filter"));
+    auto *count = m_window->findChild<QLabel *>(QStringLiteral("countLabel"));
+    QCOMPARE(count->text(), QStringLiteral("3 documents"));
+    QTest::keyClicks(filter, QStringLiteral("invoice"));
+    QCOMPARE(listed(m_window), 2);
+    QCOMPARE(count->text(), QStringLiteral("2 of 3 documents"));
+
+    // Documents that arrive while a filter is set are filtered too, the selection is kept.
+    m_window->selectDocuments({10});
+    m_window->setDocuments({doc(10, QStringLiteral("Invoice ten")), doc(50, QStringLiteral("Invoice fifty")),
+                            doc(51, QStringLiteral("Letter"))});
+    QCOMPARE(count->text(), QStringLiteral("2 of 3 documents"));
+    QCOMPARE(m_window->selectedDocumentIds(), QList<qlonglong>{10});
+}
+
+void tst_HostWindow::sessionOnAFreshArchive()
+{
+    QTemporaryDir scratch;
+    OrvexHostOptions options = OrvexHostOptions::parse({QStringLiteral("orvexhost")});
+    options.archiveFolder = scratch.filePath(QStringLiteral("archive"));
+    OrvexHostSession session;
+    QVERIFY2(session.start(options), qPrintable(session.errorString()));
+    QCOMPARE(qEnvironmentVariable(OrvexHostSession::archiveDirVariable), options.archiveFolder);
+    const int documents = session.archive()->documents().size();
+    QVERIFY(documents > 10);
+    QCOMPARE(listed(session.window()), documents);
+    // The archive's own values took the archive client through the whole chain.
+    auto *client = qobject_cast<OrvexArchiveClient *>(session.archive()->archiveClient());
+    QVERIFY2(client && client->isConnected(), qPrintable(session.archive()->archiveClient()->getLastError()));
+
+    // A document imported into the archive shows up in the list.
+    const QString pdf = scratch.filePath(QStringLiteral("letter.pdf"));
+    {
+        QPdfWriter writer(pdf);
+        QPainter painter(&writer);
+        painter.drawText(QPointF(200, 200), QStringLiteral("A letter for the host"));
+    }
+    QVERIFY(session.archive()->importFile(pdf, QStringLiteral("Letter for the host")));
+    QTRY_COMPARE(listed(session.window()), documents + 1);
+}
+
+void tst_HostWindow::germanTexts()
+{
+    QVERIFY(OrvexHostTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+    OrvexHostWindow window;
+    window.setDocuments({doc(1, QStringLiteral("Brief"))});
+    QCOMPARE(window.findChild<QMenu *>(QStringLiteral("menuFile"))->title(), QStringLiteral("&Datei"));
+    QCOMPARE(window.findChild<QLabel *>(QStringLiteral("countLabel"))->text(), QStringLiteral("1 Dokument"));
+    QCOMPARE(OrvexHostCommands::notAvailableMessage(QStringLiteral("MAILDOCS"), {QStringLiteral("1")}),
+             QStringLiteral("1 Dokument per E-Mail versenden: in diesem Host noch nicht verfügbar"));
+}
+
+QTEST_MAIN(tst_HostWindow)
+#include "tst_hostwindow.moc"

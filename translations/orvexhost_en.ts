@@ -1,0 +1,68 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en_US">
+<context>
+    <name>OrvexDockReadiness</name>
+    <message numerus="yes">
+        <source>%1 of %n board(s) to finish loading</source>
+        <translation>
+            <numerusform>%1 of %n board to finish loading</numerusform>
+            <numerusform>%1 of %n boards to finish loading</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>OrvexDocumentListModel</name>
+    <message numerus="yes">
+        <source>%n version(s)</source>
+        <translation>
+            <numerusform>%n version</numerusform>
+            <numerusform>%n versions</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>OrvexHostCommands</name>
+    <message numerus="yes">
+        <source>Export %n document(s)</source>
+        <translation>
+            <numerusform>Export %n document</numerusform>
+            <numerusform>Export %n documents</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Mail %n document(s)</source>
+        <translation>
+            <numerusform>Mail %n document</numerusform>
+            <numerusform>Mail %n documents</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>OrvexHostWindow</name>
+    <message numerus="yes">
+        <source>%n document(s)</source>
+        <translation>
+            <numerusform>%n document</numerusform>
+            <numerusform>%n documents</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 of %n document(s)</source>
+        <translation>
+            <numerusform>%1 of %n document</numerusform>
+            <numerusform>%1 of %n documents</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>OrvexScreenshotJob</name>
+    <message numerus="yes">
+        <source>No screenshot: gave up after %n second(s) waiting for %1.</source>
+        <translation>
+            <numerusform>No screenshot: gave up after %n second waiting for %1.</numerusform>
+            <numerusform>No screenshot: gave up after %n seconds waiting for %1.</numerusform>
+        </translation>
+    </message>
+</context>
+</TS>
