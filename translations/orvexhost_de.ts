@@ -296,7 +296,7 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
     </message>
     <message>
         <source>%1, the dock&apos;s state to %2</source>
-        <translation>%1, den Zustand des Docks in %2</translation>
+        <translation>%1, Zustand des Docks in %2</translation>
     </message>
 </context>
 <context>
