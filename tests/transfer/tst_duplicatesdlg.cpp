@@ -65,49 +65,39 @@ private slots:
     void reply_data()
     {
         const QString a64 = QString::fromLatin1(QByteArray("page one image").toBase64());
-        const QString b64 = QString::fromLatin1(QByteArray("page two image").toBase64());
-        QTest::addColumn<QStringList>("lines");
-        QTest::addColumn<bool>("reportsDuplicates");
-        QTest::addColumn<QStringList>("originalKeys");
-        QTest::addColumn<QStringList>("hits"); // docId/version/page/key
+        QTest::addColumn<QStringList>("lines"); // after the upload id
+        QTest::addColumn<QStringList>("hits");  // docId/version/page/key
         QTest::addColumn<int>("skipped");
         QTest::addColumn<int>("problems");
-        QTest::newRow("only the upload id") << QStringList{"up"} << false << QStringList() << QStringList() << 0 << 0;
-        QTest::newRow("two pages, two hits") << QStringList{"up", "2", "p0;" + a64, "p1;" + b64, "4711;3;0;x;p0", "12;1;1;;p1"}
-                                             << true << QStringList{"p0", "p1"} << QStringList{"4711/3/0/p0", "12/1/1/p1"} << 0 << 0;
-        QTest::newRow("no valid duplicate line") << QStringList{"up", "1", "p0;" + a64, "4711;3;0;p0", "4711;3;0;x;p0;y", ";;;;"}
-                                                 << true << QStringList{"p0"} << QStringList() << 3 << 0;
+        QTest::newRow("two hits") << QStringList{"1", "p0;" + a64, "4711;3;0;x;p0", "12;1;1;;p0"}
+                                  << QStringList{"4711/3/0/p0", "12/1/1/p0"} << 0 << 0;
+        QTest::newRow("no valid duplicate line") << QStringList{"1", "p0;" + a64, "4711;3;0;p0", "4711;3;0;x;p0;y", ";;;;"}
+                                                 << QStringList() << 3 << 0;
         QTest::newRow("ids that are not numbers")
-            << QStringList{"up", "0", "abc;1;0;x;p0", "-4;1;0;x;p0", "7;v2;0;x;p0", "7;1;-1;x;p0", " 8 ;2;3;x;p0"}
-            << true << QStringList() << QStringList{"8/2/3/p0"} << 4 << 0;
-        QTest::newRow("garbage count") << QStringList{"up", "two", "p0;" + a64, "4711;3;0;x;p0"}
-                                       << true << QStringList() << QStringList{"4711/3/0/p0"} << 1 << 1;
-        QTest::newRow("more images announced than sent") << QStringList{"up", "3", "p0;" + a64}
-                                                         << true << QStringList{"p0"} << QStringList() << 0 << 1;
-        QTest::newRow("bad Base64, missing key") << QStringList{"up", "3", "p0;" + a64, "p1;@@not*base64@@", "no key", "1;1;0;x;p1"}
-                                                 << true << QStringList{"p0"} << QStringList{"1/1/0/p1"} << 0 << 2;
+            << QStringList{"1", "p0;" + a64, "abc;1;0;x;p0", "-4;1;0;x;p0", "7;v2;0;x;p0", "7;1;-1;x;p0", " 8 ;2;3;x;p0"}
+            << QStringList{"8/2/3/p0"} << 4 << 0;
+        QTest::newRow("garbage count") << QStringList{"two", "p0;" + a64, "4711;3;0;x;p0"} << QStringList{"4711/3/0/p0"} << 1 << 1;
+        QTest::newRow("more images announced than sent") << QStringList{"3", "p0;" + a64} << QStringList() << 0 << 1;
+        QTest::newRow("bad Base64, missing key") << QStringList{"3", "p0;" + a64, "p1;@@not*base64@@", "no key", "1;1;0;x;p1"}
+                                                 << QStringList{"1/1/0/p1"} << 0 << 2;
     }
 
     void reply()
     {
         QFETCH(QStringList, lines);
-        QFETCH(bool, reportsDuplicates);
-        QFETCH(QStringList, originalKeys);
         QFETCH(QStringList, hits);
         QFETCH(int, skipped);
         QFETCH(int, problems);
-        const OrvexDuplicateReply reply = OrvexDuplicateReply::parse(lines);
+        const OrvexDuplicateReply reply = OrvexDuplicateReply::parse(QStringList{"up"} + lines);
         QCOMPARE(reply.uploadId(), QString("up"));
-        QCOMPARE(reply.reportsDuplicates(), reportsDuplicates);
-        QCOMPARE(reply.originals().keys(), originalKeys);
+        QVERIFY(reply.reportsDuplicates());
         QStringList seen;
         for (const OrvexDuplicateHit &hit : reply.duplicates())
             seen << QString("%1/%2/%3/%4").arg(hit.docId).arg(hit.version).arg(hit.page).arg(hit.originalKey);
         QCOMPARE(seen, hits);
         QCOMPARE(reply.skippedLines(), skipped);
         QCOMPARE(reply.problems().size(), problems);
-        if (!originalKeys.isEmpty())
-            QCOMPARE(reply.originals().value("p0"), QByteArray("page one image"));
+        QCOMPARE(reply.originals().value("p0"), lines.first() == "two" ? QByteArray() : QByteArray("page one image"));
     }
 
     void placeholders_data()
@@ -155,40 +145,26 @@ private slots:
         QVERIFY(child<QCheckBox>("c_showDiffs")->isEnabled());
     }
 
-    void paging_data()
-    {
-        QTest::addColumn<int>("count");
-        QTest::newRow("none") << 0;
-        QTest::newRow("one") << 1;
-        QTest::newRow("five") << 5;
-    }
-
     void paging()
     {
-        QFETCH(int, count);
         QList<thumbData> duplicates;
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < 3; ++i)
             duplicates << thumbData{QString("DocId: %1 / Version: 1 / Page: 1").arg(100 + i), "k", pngOf(green)};
         open(duplicates, {{"k", pngOf(blue)}});
         auto *next = child<QPushButton>("b_next");
         auto *prev = child<QPushButton>("b_prev");
         auto *caption = child<QLabel>("m_docid");
-        QCOMPARE(child<QLabel>("m_totallabel")->text(), QString("Found %1 duplicates").arg(count));
-        QTRY_COMPARE_WITH_TIMEOUT(caption->text(), count ? duplicates[0].caption : QString(), kWait);
-        for (int step = 1; step < count; ++step) {
-            QVERIFY(next->isEnabled());
-            next->click();
-            QCOMPARE(caption->text(), duplicates[step].caption);
-            QVERIFY(prev->isEnabled());
-        }
-        QVERIFY(!next->isEnabled());
-        m_dialog->goNext(); // past the end, as from a slot: nothing changes
-        QCOMPARE(m_dialog->currentIndex(), qMax(0, count - 1));
-        for (int step = count - 2; step >= 0; --step) {
-            prev->click();
-            QCOMPARE(caption->text(), duplicates[step].caption);
-        }
+        QCOMPARE(child<QLabel>("m_totallabel")->text(), QString("Found 3 duplicates"));
+        QTRY_COMPARE_WITH_TIMEOUT(caption->text(), duplicates[0].caption, kWait);
         QVERIFY(!prev->isEnabled());
+        for (int step : {1, 2, 1, 0}) {
+            (step > m_dialog->currentIndex() ? next : prev)->click();
+            QCOMPARE(caption->text(), duplicates[step].caption);
+            QCOMPARE(next->isEnabled(), step < 2);
+            QCOMPARE(prev->isEnabled(), step > 0);
+            if (step == 2)
+                m_dialog->goNext(); // past the end, as from a slot: nothing changes
+        }
         m_dialog->goPrev();
         QCOMPARE(m_dialog->currentIndex(), 0);
     }
@@ -205,15 +181,10 @@ private slots:
         child<QPushButton>("b_next")->click();
         QTRY_COMPARE_WITH_TIMEOUT(centreOf(dupThumb), green, kWait);
         QVERIFY(origThumb->pixmap(Qt::ReturnByValue).isNull()); // a key without original leaves it empty
-        // Scaled into the label with its aspect ratio kept, also after a resize.
-        const auto fits = [dupThumb] {
-            const QSize shown = dupThumb->pixmap(Qt::ReturnByValue).size();
-            const QSize expected = QSize(600, 300).scaled(dupThumb->size() - QSize(11, 11), Qt::KeepAspectRatio);
-            return qAbs(shown.width() - expected.width()) <= 1 && qAbs(shown.height() - expected.height()) <= 1;
-        };
-        const QSize before = dupThumb->pixmap(Qt::ReturnByValue).size();
-        m_dialog->resize(m_dialog->size() + QSize(300, 200));
-        QTRY_VERIFY_WITH_TIMEOUT(dupThumb->pixmap(Qt::ReturnByValue).size() != before && fits(), kWait);
+        // Scaled into the label with its aspect ratio kept.
+        const QSize shown = dupThumb->pixmap(Qt::ReturnByValue).size();
+        const QSize expected = QSize(600, 300).scaled(dupThumb->size() - QSize(11, 11), Qt::KeepAspectRatio);
+        QVERIFY(qAbs(shown.width() - expected.width()) <= 1 && qAbs(shown.height() - expected.height()) <= 1);
         child<QCheckBox>("c_showDiffs")->setChecked(true);
         QVERIFY(waitTicks(3)); // nothing to blink with
         QCOMPARE(centreOf(dupThumb), green);
@@ -239,26 +210,17 @@ private slots:
         QCOMPARE(centreOf(dupThumb), red);
     }
 
-    void settings_data()
-    {
-        QTest::addColumn<QVariant>("stored");
-        QTest::addColumn<bool>("checked");
-        QTest::newRow("never stored") << QVariant() << true;
-        QTest::newRow("stored off") << QVariant(false) << false;
-    }
-
     void settings()
     {
-        QFETCH(QVariant, stored);
-        QFETCH(bool, checked);
-        if (stored.isValid())
-            dialogSettings().setValue(OrvexDuplicatesDlg::ShowDifferencesKey, stored);
+        dialogSettings().setValue(OrvexDuplicatesDlg::ShowDifferencesKey, false);
         open({{"one", "k", pngOf(red)}}, {{"k", pngOf(blue)}});
         auto *box = child<QCheckBox>("c_showDiffs");
-        QCOMPARE(box->isChecked(), checked);
+        QVERIFY(!box->isChecked());
+        QVERIFY(waitTicks(3));
+        QCOMPARE(centreOf(child<QLabel>("m_dupThumb")), red); // no blink
         // Each click is on disk at once, before the dialog ends.
         box->click();
-        QCOMPARE(dialogSettings().value(OrvexDuplicatesDlg::ShowDifferencesKey).toBool(), !checked);
+        QCOMPARE(dialogSettings().value(OrvexDuplicatesDlg::ShowDifferencesKey).toBool(), true);
         // The geometry comes back with the next dialog.
         m_dialog->resize(700, 520);
         QTRY_COMPARE_WITH_TIMEOUT(m_dialog->size(), QSize(700, 520), kWait);
@@ -305,7 +267,6 @@ private slots:
         m_dialog->setDuplicates({{"a", "k", QByteArray()}, {"b", "k", QByteArray()}});
         QCOMPARE(m_dialog->windowTitle(), QString("Duplikat erkannt"));
         QCOMPARE(child<QLabel>("m_totallabel")->text(), QString("2 Duplikate gefunden"));
-        QCOMPARE(child<QLabel>("m_norights")->text(), QString("Sie sind nicht berechtigt, dieses Duplikat anzuzeigen."));
         QCOMPARE(child<QPushButton>("m_bCancelAll")->text(), QString("Alle abbrechen"));
     }
 
