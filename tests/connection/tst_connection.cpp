@@ -78,8 +78,7 @@ private slots:
     void requests();
     void profileDialog_data();
     void profileDialog();
-    void wireOrderAndRoundTrip();
-    void cutOrHostileStreamsFail();
+    void profileStream();
     void dialogSettings_data();
     void dialogSettings();
     void germanTextsAndFlags(); // last: installs the German catalogue
@@ -227,7 +226,7 @@ void tst_Connection::profileDialog()
         QCOMPARE(manager->connectionCount(), 1);
 }
 
-void tst_Connection::wireOrderAndRoundTrip()
+void tst_Connection::profileStream()
 {
     for (const orvexProfileData &p : {orvexProfileData(), fullProfile()}) {
         // The documented order, written item by item.
@@ -241,10 +240,7 @@ void tst_Connection::wireOrderAndRoundTrip()
         QCOMPARE(read(expected, status), p);
         QCOMPARE(status, QDataStream::Ok);
     }
-}
-
-void tst_Connection::cutOrHostileStreamsFail()
-{
+    // Every cut leaves the stream failed.
     const QByteArray bytes = stream10([](QDataStream &out) { out << fullProfile(); });
     QDataStream::Status status;
     for (int length = 0; length < bytes.size(); ++length) {

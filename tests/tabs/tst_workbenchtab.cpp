@@ -59,7 +59,6 @@ private slots:
     void filter();
     void boardSignalsAndEnabledSheet();
     void refreshes();
-    void archiveClientReachesEveryBoard();
     void stopStopsEveryBoard();
     void destructionOrder();
 
@@ -522,20 +521,6 @@ void tst_WorkbenchTab::refreshes()
     QCOMPARE(calls("getClipboards"), 0);
 }
 
-void tst_WorkbenchTab::archiveClientReachesEveryBoard()
-{
-    m_classify->addClipboard("One");
-    m_classify->addClipboard("Two");
-    m_tabs->setClassifyClient(m_classify);
-    m_tabs->setChooser(m_chooser);
-    // Given later (after the connection chain), it reaches the open boards, and
-    // each gives its connection back when it goes.
-    m_tabs->setArchiveClient(m_archive);
-    delete m_window;
-    m_window = nullptr;
-    QCOMPARE(m_archive->log().count("resetConnection"), 2);
-}
-
 void tst_WorkbenchTab::stopStopsEveryBoard()
 {
     const QString one = m_classify->addClipboard("One");
@@ -584,7 +569,9 @@ void tst_WorkbenchTab::destructionOrder()
 {
     m_classify->addClipboard("One");
     m_classify->addClipboard("Two");
-    start();
+    m_tabs->setClassifyClient(m_classify);
+    m_tabs->setChooser(m_chooser);
+    m_tabs->setArchiveClient(m_archive); // given later, after the connection chain, it reaches the open boards
     messages.clear();
     QLoggingCategory::setFilterRules("orvex.workbench.debug=true");
     previousHandler = qInstallMessageHandler(recordMessage);
@@ -597,6 +584,7 @@ void tst_WorkbenchTab::destructionOrder()
     // (a board stops itself once more on its way out).
     QCOMPARE(messages, QStringList({"DESTROY TAB", "STOP STARTED", "STOP", "STOP", "TAP STOP FINISHED", "TAB DESTROYED",
                                     "STOP", "WEBVIEW DESTROYED", "STOP", "WEBVIEW DESTROYED"}));
+    QCOMPARE(m_archive->log().count("resetConnection"), 2); // each board gives its connection back
 }
 
 QTEST_MAIN(tst_WorkbenchTab)
