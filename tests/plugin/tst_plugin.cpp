@@ -206,7 +206,7 @@ void tst_Plugin::destructionLeavesDockAlive()
 void tst_Plugin::resourcesAndGermanCatalogue()
 {
     for (const char *path : {":/icons/lock.svg", ":/icons/tab_add.svg", ":/icons/dock_close.svg",
-                             ":/material/jquery.min.js", ":/material/material.min.js",
+                             ":/material/jquery-3.1.0.min.js", ":/material/material.min.js",
                              ":/material/material.min.css", ":/material/material-icons.woff2",
                              ":/material/qwebchannel.js", ":/translations/orvexworkbench_de.qm"})
         QVERIFY2(QFileInfo(path).size() > 0, path);
