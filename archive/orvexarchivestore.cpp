@@ -1,5 +1,7 @@
 #include "orvexarchivestore.h"
 
+#include "orvexarchivetranslations.h"
+
 #include "orvexpdftools.h"
 #include "orvexsamplearchive.h"
 
@@ -215,6 +217,9 @@ QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const QString &folde
     if (!store->open(folder, createSample, error))
         return {};
     stores.insert(key, store);
+    // Whoever opens an archive shows its texts (the clients' errors, the card of an unreadable document).
+    static bool translated = OrvexArchiveTranslations::install();
+    Q_UNUSED(translated)
     return store;
 }
 
