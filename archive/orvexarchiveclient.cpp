@@ -2,6 +2,7 @@
 
 #include "orvexarchive.h"
 #include "orvexarchivestore.h"
+#include "orvexcontenthash.h"
 #include "orvexpdftools.h"
 
 #include <QBuffer>
@@ -258,7 +259,7 @@ bool OrvexArchiveClient::versionFile(qlonglong docId, int version, VersionFile &
     return true;
 }
 
-bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qint64 total, QCryptographicHash *hash)
+bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash)
 {
     QFile source(from);
     if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
@@ -290,7 +291,7 @@ bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qin
         if (target.write(buffer.constData(), read) != read)
             return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
         if (hash)
-            hash->addData(buffer.constData(), int(read));
+            hash->addData(buffer.constData(), read);
         done += read;
         emit currentReadSize(QString::number(done));
     }
@@ -709,7 +710,7 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
     const QString suffix = info.suffix().toLower();
     const QString relative = id + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
     const QString target = m_store->uploadsPath() + QLatin1Char('/') + relative;
-    QCryptographicHash hash(QCryptographicHash::Sha256);
+    OrvexContentHash hash;
     if (!stream([&] { return copyChunked(filePath, target, info.size(), &hash); }))
         return false;
     const QString acting = user();
@@ -723,7 +724,7 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
         insert.addBindValue(relative);
         insert.addBindValue(info.fileName());
         insert.addBindValue(info.size());
-        insert.addBindValue(QString::fromLatin1(hash.result().toHex()));
+        insert.addBindValue(hash.hex());
         insert.addBindValue(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
         return exec(insert, stepError);
     }, &error);

@@ -12,7 +12,7 @@
 #include <functional>
 
 class OrvexArchiveStore;
-class QCryptographicHash;
+class OrvexContentHash;
 class QSqlDatabase;
 
 // The archive's own archive client. The connection chain checks server, port,
@@ -46,7 +46,7 @@ class ORVEXARCHIVE_EXPORT OrvexArchiveClient : public kelArchiveClientInterface
     Q_OBJECT
 
 public:
-    static constexpr int ChunkSize = 256 * 1024;
+    static constexpr int ChunkSize = 64 * 1024;
     static constexpr int DuplicateCheckOption = 9;
 
     // Without a store the client opens the archive named by the environment
@@ -114,7 +114,7 @@ private:
     bool exportVersion(qlonglong docId, int version, QString &localPath);
     // Copies in chunks with the byte-count signals, feeding hash when given;
     // false when canceled or failing, and then the target file is gone.
-    bool copyChunked(const QString &from, const QString &to, qint64 total, QCryptographicHash *hash = nullptr);
+    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash = nullptr);
     // Runs copy as the class comment describes (own thread + local event loop on the GUI thread).
     bool stream(const std::function<bool()> &copy);
     QString fileNameFor(qlonglong docId, int version);

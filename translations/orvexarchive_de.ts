@@ -131,4 +131,11 @@
         <translation>Nicht berechtigt</translation>
     </message>
 </context>
+<context>
+    <name>OrvexContentHash</name>
+    <message>
+        <source>Cannot read %1: %2</source>
+        <translation>%1 kann nicht gelesen werden: %2</translation>
+    </message>
+</context>
 </TS>
