@@ -20,19 +20,22 @@ bool OrvexArchiveTranslations::install(const QLocale &locale)
     auto *translator = new QTranslator;
     if (!translator->load(locale, QStringLiteral("orvexarchive"), QStringLiteral("_"), QStringLiteral(":/translations"))) {
         delete translator;
-        return false;
+        translator = nullptr; // the English texts: the previous catalogue goes
+    } else {
+        translator->moveToThread(app->thread());
     }
     // Installing sends LanguageChange to the application object: only on its thread.
-    translator->moveToThread(app->thread());
     QMetaObject::invokeMethod(app, [translator, app] {
         static QPointer<QTranslator> installed;
         if (installed) {
             QCoreApplication::removeTranslator(installed);
             delete installed;
         }
-        translator->setParent(app);
-        QCoreApplication::installTranslator(translator);
+        if (translator) {
+            translator->setParent(app);
+            QCoreApplication::installTranslator(translator);
+        }
         installed = translator;
     }, QThread::currentThread() == app->thread() ? Qt::DirectConnection : Qt::QueuedConnection);
-    return true;
+    return translator != nullptr;
 }

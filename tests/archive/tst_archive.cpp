@@ -3,6 +3,7 @@
 #include "orvexarchive.h"
 #include "orvexarchiveclient.h"
 #include "orvexarchivestore.h"
+#include "orvexarchivetranslations.h"
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
 
@@ -527,6 +528,12 @@ void tst_Archive::cardInfo()
     // Not numbers, unknown, and a document id, which is no entry id.
     for (const QString &bad : {QStringLiteral("abc"), QStringLiteral("-5"), QStringLiteral("424242"), QString::number(document.id)})
         QVERIFY2(classify()->getCardInfo(bad, QString()).isEmpty() && !classifyError().isEmpty(), qPrintable(bad));
+    // An unreadable document's card says so, in the user's language.
+    const QString hidden = QString::number(m_archive.documents().at(4).docsId);
+    QVERIFY(OrvexArchiveTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+    QCOMPARE(classify()->getCardInfo(hidden, QString()).value(2), QStringLiteral("Nicht berechtigt"));
+    QVERIFY(!OrvexArchiveTranslations::install(QLocale::c()));
+    QCOMPARE(classify()->getCardInfo(hidden, QString()).value(2), QStringLiteral("Not authorised"));
 }
 
 void tst_Archive::tablesRolesAndFacts()
