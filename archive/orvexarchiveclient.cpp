@@ -306,6 +306,8 @@ bool OrvexArchiveClient::stream(const std::function<bool()> &copy)
 {
     if (!m_streaming.testAndSetAcquire(0, 1))
         return fail(tr("Another transfer of this client is still running."));
+    // A cancel stops the transfer it was meant for, never a later one.
+    m_cancel.storeRelease(0);
     bool ok = false;
     const QCoreApplication *app = QCoreApplication::instance();
     if (!app || QThread::currentThread() != app->thread()) {
@@ -318,6 +320,9 @@ bool OrvexArchiveClient::stream(const std::function<bool()> &copy)
         connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
         thread->start();
         loop.exec();
+        // The loop also ends when the application quits: the copy goes then too.
+        if (!thread->isFinished())
+            m_cancel.storeRelease(1);
         thread->wait();
     }
     m_streaming.storeRelease(0);
@@ -326,7 +331,6 @@ bool OrvexArchiveClient::stream(const std::function<bool()> &copy)
 
 bool OrvexArchiveClient::exportVersion(qlonglong docId, int version, QString &localPath)
 {
-    m_cancel.storeRelease(0);
     if (!requireConnection())
         return false;
     VersionFile file;
@@ -375,7 +379,6 @@ bool OrvexArchiveClient::exportDocumentVersion(int docId, int version, QString &
     if (version < 1)
         return fail(tr("Invalid version %1").arg(version));
     // Saved under the document's own file name.
-    m_cancel.storeRelease(0);
     if (!requireConnection())
         return false;
     VersionFile file;
@@ -700,7 +703,6 @@ QString OrvexArchiveClient::getDocumentPartFileName(QString docId, QString docsI
 
 bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
 {
-    m_cancel.storeRelease(0);
     if (!requireConnection())
         return false;
     const QFileInfo info(filePath);
