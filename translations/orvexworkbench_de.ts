@@ -135,6 +135,57 @@
     </message>
 </context>
 <context>
+    <name>OrvexDuplicatesDlg</name>
+    <message>
+        <source>Duplicate Detected</source>
+        <translation>Duplikat erkannt</translation>
+    </message>
+    <message>
+        <source>Original</source>
+        <translation>Original</translation>
+    </message>
+    <message>
+        <source>Duplicates</source>
+        <translation>Duplikate</translation>
+    </message>
+    <message>
+        <source>You are not authorized to display this duplicate.</source>
+        <translation>Sie sind nicht berechtigt, dieses Duplikat anzuzeigen.</translation>
+    </message>
+    <message>
+        <source>Docid</source>
+        <translation>Dok-ID</translation>
+    </message>
+    <message>
+        <source>Alternates the duplicate and the original in one place, so that differences flicker</source>
+        <translation>Zeigt Duplikat und Original abwechselnd an derselben Stelle, sodass Unterschiede flackern</translation>
+    </message>
+    <message>
+        <source>Show Difference</source>
+        <translation>Unterschied zeigen</translation>
+    </message>
+    <message>
+        <source>Previous</source>
+        <translation>Zurück</translation>
+    </message>
+    <message>
+        <source>Next</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>Found %1 duplicates</source>
+        <translation>%1 Duplikate gefunden</translation>
+    </message>
+    <message>
+        <source>Discards this file and stops archiving the remaining files</source>
+        <translation>Verwirft diese Datei und archiviert die übrigen Dateien nicht mehr</translation>
+    </message>
+    <message>
+        <source>Cancel All</source>
+        <translation>Alle abbrechen</translation>
+    </message>
+</context>
+<context>
     <name>OrvexFileCopy</name>
     <message>
         <source>Transfer</source>
