@@ -1,5 +1,6 @@
 // orvexconnectionmanager: the Connection Manager stand-in for the demo and tests.
 #include "orvexconnectionmanager.h"
+#include "orvexdocumentserver.h"
 #include "orvexlogindata.h"
 #include "orvexprofilestore.h"
 
@@ -44,7 +45,8 @@ int main(int argc, char *argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Connection Manager stand-in: serves the drag-and-drop port and the connection profiles."));
+        "Connection Manager stand-in: serves the connection profiles, the drag-and-drop port\n"
+        "and, on that port, the archive's documents at http://localhost:<port>/openDoc/..."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption nameOption(
@@ -52,14 +54,24 @@ int main(int argc, char *argv[])
         QStringLiteral("name"), orvexLoginData::serverName());
     const QCommandLineOption portOption(
         QStringLiteral("port"),
-        QStringLiteral("Drag-and-drop document server port (default: the profile file's dndPort, else %1).")
+        QStringLiteral("Drag-and-drop document server port on 127.0.0.1, 0 for any free one "
+                       "(default: the profile file's dndPort, else %1).")
             .arg(OrvexConnectionManager::kDefaultDndPort),
         QStringLiteral("port"));
+    const QCommandLineOption archiveOption(
+        QStringLiteral("archive"),
+        QStringLiteral("Archive folder the documents are served from (default: %1).")
+            .arg(OrvexDocumentServer::defaultArchiveFolder()),
+        QStringLiteral("dir"), OrvexDocumentServer::defaultArchiveFolder());
+    const QCommandLineOption userOption(
+        QStringLiteral("user"),
+        QStringLiteral("Archive user the documents are read as (default: the operating-system user)."),
+        QStringLiteral("name"));
     const QCommandLineOption profilesOption(
         QStringLiteral("profiles"),
         QStringLiteral("Profile file (default: %1).").arg(OrvexProfileStore::defaultFileName()),
         QStringLiteral("file"), OrvexProfileStore::defaultFileName());
-    parser.addOptions({nameOption, portOption, profilesOption});
+    parser.addOptions({nameOption, portOption, profilesOption, archiveOption, userOption});
     parser.process(app);
 
     OrvexProfileStore store(parser.value(profilesOption));
@@ -72,7 +84,7 @@ int main(int argc, char *argv[])
     if (parser.isSet(portOption)) {
         bool ok = false;
         port = parser.value(portOption).toInt(&ok);
-        if (!ok || port <= 0 || port > 65535) {
+        if (!ok || port < 0 || port > 65535) {
             std::fprintf(stderr, "orvexconnectionmanager: invalid port '%s'\n",
                          qPrintable(parser.value(portOption)));
             return 2;
@@ -85,6 +97,13 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "orvexconnectionmanager: %s\n", qPrintable(error));
         return 1;
     }
+    // After the single-instance check, so that a second instance hears why it is refused.
+    OrvexDocumentServer documents(parser.value(archiveOption), parser.value(userOption));
+    if (!documents.start(port, &error)) {
+        std::fprintf(stderr, "orvexconnectionmanager: documents cannot be served: %s\n", qPrintable(error));
+        return 1;
+    }
+    manager.setDndPort(documents.port());
     quitOnTerminationSignals(app);
     return app.exec();
 }

@@ -1,5 +1,6 @@
 #include "orvexconnectionmanager.h"
 
+#include "orvexcmlog.h"
 #include "orvexcmrequestparser.h"
 #include "orvexprofiledata.h"
 #include "orvexprofilestore.h"
@@ -9,10 +10,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
-#include <QLoggingCategory>
 #include <QTimer>
-
-Q_LOGGING_CATEGORY(lcManager, "orvex.connectionmanager", QtInfoMsg)
 
 namespace {
 
@@ -131,6 +129,14 @@ void OrvexConnectionManager::stop()
         m_server = nullptr;
     }
     m_lock.reset();
+}
+
+void OrvexConnectionManager::setDndPort(int port)
+{
+    if (port == m_dndPort)
+        return;
+    m_dndPort = port;
+    qCInfo(lcManager) << "DND PORT" << m_dndPort;
 }
 
 bool OrvexConnectionManager::isListening() const

@@ -36,6 +36,9 @@ public:
     bool isListening() const;
     QString serverName() const;
     int dndPort() const { return m_dndPort; }
+    // The port answered to "GETDNDPORT" from now on (once the document server
+    // knows the port it got).
+    void setDndPort(int port);
 
     // The whole reply to "GETPROFILES": block length, header text, records.
     static QByteArray profileListReply(const QString &header, const QList<orvexProfileData> &profiles);

@@ -1,5 +1,7 @@
 #include "orvexprofilestore.h"
 
+#include "orvexarchive.h"
+
 #include <algorithm>
 
 #include <pwd.h>
@@ -35,8 +37,8 @@ QString OrvexProfileStore::defaultFileName()
 
 QString OrvexProfileStore::defaultArchivePath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)
-        + QStringLiteral("/orvexhost/archive");
+    // The folder the document server reads when nobody names another.
+    return OrvexArchive::defaultLocation();
 }
 
 orvexProfileData OrvexProfileStore::defaultProfile()

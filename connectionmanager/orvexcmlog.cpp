@@ -1,0 +1,3 @@
+#include "orvexcmlog.h"
+
+Q_LOGGING_CATEGORY(lcManager, "orvex.connectionmanager", QtInfoMsg)
