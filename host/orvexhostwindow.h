@@ -7,6 +7,7 @@
 class ClassifyInterface;
 class kelArchiveClientInterface;
 class OrvexDocumentFilterModel;
+class OrvexHostCommands;
 class OrvexDocumentListModel;
 class QDockWidget;
 class QLabel;
@@ -40,6 +41,8 @@ public:
 
     TavloDocPluginInterface *workbench() const { return m_workbench; }
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
+    // Carries out the workbench's commands; null until the workbench is installed.
+    OrvexHostCommands *commands() const { return m_commands; }
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
@@ -64,4 +67,5 @@ private:
     QLabel *m_userLabel;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
+    OrvexHostCommands *m_commands = nullptr;
 };
