@@ -139,32 +139,33 @@ int main(int argc, char **argv)
     const int runs = qMax(1, parameters.value(QStringLiteral("runs"), QStringLiteral("1")).toInt());
 
     QTemporaryDir work;
-    OrvexArchive archive;
-    if (!archive.open(work.filePath(QStringLiteral("archive")), false)) {
-        out << "cannot create the archive: " << archive.lastError() << Qt::endl;
-        return 1;
-    }
-    const OrvexConnectionValues values = archive.connectionValues();
-    OrvexArchiveWorker worker;
-    worker.setArchiveClient(archive.archiveClient());
-    worker.setConnectionSettings(values.server, values.port, values.login1, values.login2, values.login3);
-    worker.selectArchive(values.archiveName);
-    if (!worker.getLastError().isEmpty()) {
-        out << "cannot connect: " << worker.getLastError() << Qt::endl;
-        return 1;
-    }
-
     StallMeter meter;
     qint64 sentAt = 0;
     QElapsedTimer clock;
-    QObject::connect(worker.getArchiveClient(), &kelArchiveClientInterface::saveDocEnd, &app,
-                     [&] {
-                         sentAt = clock.elapsed();
-                         meter.setMark(sentAt);
-                     },
-                     Qt::QueuedConnection);
     out << "upload of " << size / (1024 * 1024) << " MB, " << runs << " run(s)" << Qt::endl;
     for (int run = 0; run < runs; ++run) {
+        // A fresh archive per run: an earlier run's file would be found as a duplicate of this one.
+        OrvexArchive archive;
+        if (!archive.open(work.filePath(QStringLiteral("archive%1").arg(run)), false)) {
+            out << "cannot create the archive: " << archive.lastError() << Qt::endl;
+            return 1;
+        }
+        const OrvexConnectionValues values = archive.connectionValues();
+        OrvexArchiveWorker worker;
+        worker.setArchiveClient(archive.archiveClient());
+        worker.setConnectionSettings(values.server, values.port, values.login1, values.login2, values.login3);
+        worker.selectArchive(values.archiveName);
+        if (!worker.getLastError().isEmpty()) {
+            out << "cannot connect: " << worker.getLastError() << Qt::endl;
+            return 1;
+        }
+
+        QObject::connect(worker.getArchiveClient(), &kelArchiveClientInterface::saveDocEnd, &app,
+                         [&] {
+                             sentAt = clock.elapsed();
+                             meter.setMark(sentAt);
+                         },
+                         Qt::QueuedConnection);
         const QString source = work.filePath(QStringLiteral("upload%1.pdf").arg(run));
         if (!writeLargePdf(source, size, quint32(run + 1))) {
             out << "cannot write " << source << Qt::endl;
