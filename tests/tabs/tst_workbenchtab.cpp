@@ -1,6 +1,6 @@
 // The clipboard tab set with real card boards against the recording clients:
 // the diff with the server list, creating, numbering, renaming, filtering and
-// removing clipboards, the refreshes and the shutdown.
+// removing clipboards, a refresh during a page load and the shutdown.
 #include "modalanswerer.h"
 #include "orvexclipboardchooser.h"
 #include "orvexclipboardlabel.h"
