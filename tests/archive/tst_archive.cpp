@@ -763,7 +763,14 @@ void tst_Archive::exportCurrentAndVersions()
     QCOMPARE(progress.size(), (bytes.size() + 4095) / 4096);
     QCOMPARE(progress.last().first().toString(), QString::number(bytes.size()));
 
-    QCOMPARE(c->getAllVersions(int(doc.id)), (QStringList{"1", "2", "3"}));
+    const QString id = QString::number(doc.id);
+    const QStringList records = c->getAllVersions(int(doc.id)); // current first; 1 the version, 11 its file name
+    QCOMPARE(QStringList({QString::number(records.size()), records.value(0).section(kSep, 3, 3)}), QStringList({"3", QString::number(bytes.size())}));
+    for (int i = 0; i < 3; ++i) {
+        const QStringList f = records.value(i).split(kSep);
+        QCOMPARE(f.mid(0, 2) + f.mid(7), QStringList({id, QString::number(3 - i), i ? "0" : "1", QString::number(doc.docsId), "application/pdf",
+                                                      doc.fileName, c->getDocumentPartFileName(id, {}, QString::number(3 - i))}));
+    }
     QString third, first, firstAlt;
     QVERIFY(c->exportDocumentVersion(int(doc.id), 3, third));
     QCOMPARE(readFile(third), bytes);
@@ -862,11 +869,13 @@ void tst_Archive::fileNamesAndInfo()
     QCOMPARE(c->getDocumentFileName(QString::number(a.id), QString::number(a.docsId)), a.fileName);
     QVERIFY(c->getDocumentFileName(QStringLiteral("x"), QString()).isEmpty());
     QVERIFY(c->getDocumentFileName(QString::number(hidden.id), QString()).isEmpty());
-    QCOMPARE(c->getDocumentFileNames({QString::number(a.id), QString::number(b.id)}, {}),
-             (QStringList{a.fileName, b.fileName}));
+    const QString multi = QString::number(document(2).id); // "id;version": that version's file, extra fields ignored
+    QCOMPARE(c->getDocumentFileNames({QString::number(a.id), multi + ";1", multi + ";2;x", multi + ";", QString::number(b.id)}, {}),
+             (QStringList{a.fileName, c->getDocumentPartFileName(multi, {}, "1"), c->getDocumentPartFileName(multi, {}, "2"), document(2).fileName, b.fileName}));
     // Fewer names than documents: the user may not export all of them.
-    QCOMPARE(c->getDocumentFileNames({QString::number(a.id), QString::number(hidden.id), QStringLiteral("abc")}, {}),
+    QCOMPARE(c->getDocumentFileNames({QString::number(a.id), QString::number(hidden.id), QString::number(hidden.id) + ";1", multi + ";9", multi + ";x", "abc"}, {}),
              QStringList{a.fileName});
+    QVERIFY(c->getAllVersions(int(hidden.id)).isEmpty());
     QVERIFY(c->getDocumentPartFileName(QString::number(a.id), QString(), QStringLiteral("2")).isEmpty());
     QVERIFY(c->getDocumentPartFileName(QString::number(a.id), QString(), QStringLiteral("v1")).isEmpty());
 
@@ -874,11 +883,8 @@ void tst_Archive::fileNamesAndInfo()
     QVERIFY(c->getDocumentInfo({QString::number(a.id), QString::number(b.id)}, info));
     QCOMPARE(info.size(), 2);
     const QStringList fields = info.first().split(kInfoSep);
-    QCOMPARE(fields.size(), 9);
-    QCOMPARE(fields.at(0), QString::number(a.id));
-    QCOMPARE(fields.at(1), a.title);
-    QCOMPARE(fields.at(2), a.typeName);
-    QCOMPARE(fields.at(6), QString::number(a.pages));
+    QCOMPARE(fields, QStringList({QString::number(a.id), a.title, a.typeName, "pdf", a.statusName, a.date, a.fileName,
+                                  QString::number(a.pages), QString::number(a.versions), QString::number(a.docsId)}));
     QVERIFY(!c->getDocumentInfo({QString::number(a.id), QStringLiteral("999999")}, info));
     QCOMPARE(info.size(), 1);
     QVERIFY(!c->getDocumentInfo({QStringLiteral("1x")}, info));
@@ -1314,6 +1320,13 @@ void tst_Archive::emptyArchiveWithoutSample()
     QFile original(image);
     QVERIFY(original.open(QIODevice::ReadOnly));
     QCOMPARE(archive.archiveClient()->getDocumentThumbnail(int(id), 0, 800, pages, format, 0, 0, -1), original.readAll());
+    // Suffixes follow the file's type, also when its name has none.
+    QVERIFY(QFile::copy(image, scratch.filePath(QStringLiteral("scan"))));
+    const qlonglong bare = archive.importFile(scratch.filePath(QStringLiteral("scan")));
+    QStringList info;
+    QVERIFY(archive.archiveClient()->getDocumentInfo({QString::number(id), QString::number(bare)}, info));
+    QCOMPARE(info.value(0).section(kInfoSep, 3, 3) + info.value(1).section(kInfoSep, 3, 3), QStringLiteral("pngpng"));
+    QCOMPARE(archive.archiveClient()->getAllVersions(int(bare)).value(0).split(kSep).mid(9), QStringList({"image/png", "scan", "scan_v1.png"}));
     QVERIFY(archive.importFile(scratch.filePath(QStringLiteral("missing.pdf"))) == 0);
     QVERIFY(!archive.lastError().isEmpty());
 }
