@@ -9,6 +9,7 @@ class kelArchiveClientInterface;
 class OrvexDocumentFilterModel;
 class OrvexHostCommands;
 class OrvexDocumentListModel;
+class OrvexSnackbarFilter;
 class QDockWidget;
 class QLabel;
 class TavloDocPluginInterface;
@@ -46,6 +47,10 @@ public:
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
+    // Called when a drag of documents starts from the document list: shows the
+    // workbench's clipboard chooser beside the dock. False without one.
+    bool showClipboardChooser();
+
 signals:
     // The user or the workbench asked for a fresh document list.
     void reloadRequested();
@@ -53,6 +58,9 @@ signals:
 public slots:
     // A command raised by the workbench (doCommand).
     void carryOutWorkbenchCommand(const QString &command, const QStringList &args);
+    // The host's data changed (an import, an upload): the workbench's light
+    // refresh, so its tabs and cards follow the archive.
+    void refreshWorkbench();
 
 private:
     // The workbench asks which documents are selected (requestCurrentDocIds).
@@ -65,6 +73,7 @@ private:
     OrvexDocumentFilterModel *m_filterModel;
     QLabel *m_countLabel;
     QLabel *m_userLabel;
+    OrvexSnackbarFilter *m_snackbars;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
     OrvexHostCommands *m_commands = nullptr;
