@@ -7,6 +7,8 @@
 #include "orvexdocumentfiltermodel.h"
 #include "orvexdocumentlistmodel.h"
 #include "orvexhostcommands.h"
+#include "orvexhoverwidgetpresenter.h"
+#include "orvexsnackbarfilter.h"
 #include "tavlodocplugininterface.h"
 
 #include <QDir>
@@ -15,6 +17,7 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLoggingCategory>
+#include <QStatusBar>
 
 Q_LOGGING_CATEGORY(lcHost, "orvex.host")
 
@@ -25,6 +28,7 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     , m_filterModel(new OrvexDocumentFilterModel(this))
     , m_countLabel(new QLabel(this))
     , m_userLabel(new QLabel(this))
+    , m_snackbars(new OrvexSnackbarFilter(this))
 {
     ui->setupUi(this);
     m_filterModel->setSourceModel(m_model);
@@ -52,6 +56,7 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
         ui->m_filter->selectAll();
     });
     connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
+    connect(m_snackbars, &OrvexSnackbarFilter::snackbar, statusBar(), &QStatusBar::showMessage);
     connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
     updateDocumentCount();
 }
@@ -160,6 +165,16 @@ void OrvexHostWindow::carryOutWorkbenchCommand(const QString &command, const QSt
     statusBar()->showMessage(OrvexHostCommands::notAvailableMessage(command, args));
 }
 
+bool OrvexHostWindow::showClipboardChooser()
+{
+    return m_workbench && OrvexHoverWidgetPresenter::present(m_workbench->getHoverWidget(), m_workbenchDock);
+}
+
+void OrvexHostWindow::refreshWorkbench()
+{
+    sendCurrentDocIds();
+}
+
 void OrvexHostWindow::updateDocumentCount()
 {
     const int total = m_model->rowCount();
@@ -173,6 +188,9 @@ void OrvexHostWindow::updateDocumentCount()
 void OrvexHostWindow::reload()
 {
     emit reloadRequested();
-    if (m_workbench)
-        m_workbench->updateData();
+    if (!m_workbench)
+        return;
+    // The clipboard list may have changed too, which only the light refresh reloads.
+    sendCurrentDocIds();
+    m_workbench->updateData();
 }

@@ -8,6 +8,7 @@ class ClassifyInterface;
 class kelArchiveClientInterface;
 class OrvexDocumentFilterModel;
 class OrvexDocumentListModel;
+class OrvexSnackbarFilter;
 class QDockWidget;
 class QLabel;
 class TavloDocPluginInterface;
@@ -43,6 +44,10 @@ public:
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
+    // Called when a drag of documents starts from the document list: shows the
+    // workbench's clipboard chooser beside the dock. False without one.
+    bool showClipboardChooser();
+
 signals:
     // The user or the workbench asked for a fresh document list.
     void reloadRequested();
@@ -50,6 +55,9 @@ signals:
 public slots:
     // A command raised by the workbench (doCommand).
     void carryOutWorkbenchCommand(const QString &command, const QStringList &args);
+    // The host's data changed (an import, an upload): the workbench's light
+    // refresh, so its tabs and cards follow the archive.
+    void refreshWorkbench();
 
 private:
     // The workbench asks which documents are selected (requestCurrentDocIds).
@@ -62,6 +70,7 @@ private:
     OrvexDocumentFilterModel *m_filterModel;
     QLabel *m_countLabel;
     QLabel *m_userLabel;
+    OrvexSnackbarFilter *m_snackbars;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
 };

@@ -2,16 +2,20 @@
 // recording doubles as the clients, then as a whole session on a fresh archive.
 #include "orvexarchive.h"
 #include "orvexarchiveclient.h"
+#include "orvexclipboardlabel.h"
 #include "orvexhostcommands.h"
 #include "orvexhostoptions.h"
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
+#include "orvexthemewriter.h"
+#include "orvexwbwebview.h"
 #include "orvexworkbenchdock.h"
 #include "orvexworkbenchloader.h"
 #include "orvexworkbenchtab.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "qsnackbarevent.h"
 #include "tavlodocplugininterface.h"
 
 #include <QDockWidget>
@@ -50,6 +54,9 @@ private slots:
     void commandsAreShownInTheStatusBar_data();
     void commandsAreShownInTheStatusBar();
     void filterEditFiltersTheList();
+    void documentDragShowsTheChooser();
+    void snackbarTextsAreShownForAWhile();
+    void themeColourReachesTheChooser();
     void sessionOnAFreshArchive();
     void germanTexts(); // last: installs translators for the rest of the process
 
@@ -157,6 +164,52 @@ void tst_HostWindow::filterEditFiltersTheList()
     QCOMPARE(m_window->selectedDocumentIds(), QList<qlonglong>{10});
 }
 
+void tst_HostWindow::documentDragShowsTheChooser()
+{
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    QWidget *chooser = m_plugin->getHoverWidget();
+    QVERIFY(chooser && !chooser->isVisible());
+    QVERIFY(m_window->showClipboardChooser());
+    QVERIFY(chooser->isVisible());
+    // Beside the dock, not over the boards the documents may be dropped on.
+    const QWidget *dock = m_window->workbenchDock();
+    QVERIFY(!chooser->geometry().intersects(QRect(dock->mapToGlobal(QPoint()), dock->size())));
+    // Shown through its own show(): with nobody over it, it hides itself again.
+    QTRY_VERIFY_WITH_TIMEOUT(!chooser->isVisible(), 15000);
+}
+
+void tst_HostWindow::snackbarTextsAreShownForAWhile()
+{
+    m_window->show();
+    const QString text = QStringLiteral("Added 2 document(s) to clipboard Inbox");
+    QSnackbarEvent(text).send();
+    QTRY_COMPARE(m_window->statusBar()->currentMessage(), text);
+    QTRY_VERIFY_WITH_TIMEOUT(m_window->statusBar()->currentMessage().isEmpty(), 15000);
+}
+
+void tst_HostWindow::themeColourReachesTheChooser()
+{
+    const orvexclipboardlabel reader(QStringLiteral("Inbox"), nullptr);
+    const QPalette original = QApplication::palette();
+    {
+        OrvexThemeWriter theme;
+        QVERIFY2(theme.followApplicationPalette(), qPrintable(theme.errorString()));
+        QCOMPARE(reader.getCurrentTheme(), original.color(QPalette::Highlight).name());
+        QPalette palette = original;
+        palette.setColor(QPalette::Highlight, QColor(0x8b, 0, 0));
+        QApplication::setPalette(palette);
+        QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#8b0000"));
+        QApplication::setPalette(original);
+        // A second writer in the process finds the segment taken and writes into it.
+        OrvexThemeWriter second;
+        QVERIFY2(second.write(QColor(0xff, 0xcc, 0)), qPrintable(second.errorString()));
+        QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#ffcc00"));
+    }
+    // Gone with its writers: no stale colour is left behind.
+    QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#308cc6"));
+}
+
 void tst_HostWindow::sessionOnAFreshArchive()
 {
     QTemporaryDir scratch;
@@ -179,8 +232,27 @@ void tst_HostWindow::sessionOnAFreshArchive()
         QPainter painter(&writer);
         painter.drawText(QPointF(200, 200), QStringLiteral("A letter for the host"));
     }
-    QVERIFY(session.archive()->importFile(pdf, QStringLiteral("Letter for the host")));
+    // A clipboard made elsewhere shows up with the import's refresh.
+    auto *tabs = session.window()->findChild<orvexworkbenchtab *>();
+    session.window()->show();
+    orvexwbwebview *board = tabs->boardAt(tabs->currentIndex());
+    QTRY_VERIFY_WITH_TIMEOUT(board->cardCount() > 0, 15000);
+    const int clipboards = tabs->count();
+    const int cards = board->cardCount();
+    QVERIFY(!session.archive()->classifyClient()->createClipboard(QStringLiteral("Made elsewhere")).isEmpty());
+    const qlonglong imported = session.archive()->importFile(pdf, QStringLiteral("Letter for the host"));
+    QVERIFY(imported > 0);
     QTRY_COMPARE(listed(session.window()), documents + 1);
+    QTRY_COMPARE(tabs->count(), clipboards + 1);
+
+    // A card added elsewhere shows up with the host's Reload.
+    qlonglong docsId = 0;
+    for (const OrvexArchiveDocument &document : session.archive()->documents())
+        docsId = document.id == imported ? document.docsId : docsId;
+    QVERIFY(session.archive()->classifyClient()->addToClipboard(board->getId(), QString::number(imported),
+                                                                 QString::number(docsId)));
+    session.window()->findChild<QAction *>(QStringLiteral("actionReload"))->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(board->cardCount(), cards + 1, 15000);
 }
 
 void tst_HostWindow::germanTexts()
