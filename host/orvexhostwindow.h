@@ -6,6 +6,8 @@
 
 class ClassifyInterface;
 class kelArchiveClientInterface;
+class OrvexArchiveWorker;
+class OrvexDocumentListView;
 class OrvexDocumentFilterModel;
 class OrvexDocumentListModel;
 class OrvexSnackbarFilter;
@@ -41,6 +43,7 @@ public:
 
     TavloDocPluginInterface *workbench() const { return m_workbench; }
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
+    OrvexDocumentListView *documentView() const;
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
@@ -73,4 +76,5 @@ private:
     OrvexSnackbarFilter *m_snackbars;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
+    OrvexArchiveWorker *m_archiveWorker = nullptr;
 };
