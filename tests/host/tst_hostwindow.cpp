@@ -274,9 +274,12 @@ void tst_HostWindow::dragFromTheListOntoABoard()
     for (orvexwbwebview *candidate : session.window()->findChildren<orvexwbwebview *>())
         board = candidate->isWriteable() ? candidate : board;
     QVERIFY(board);
-    QList<qlonglong> ids; // three documents not yet on the board
+    QStringList entries, comments;
+    QVERIFY(session.archive()->classifyClient()->getClipboardDocuments(board->getId(), entries, comments));
+    QList<qlonglong> ids; // three documents not yet in the clipboard
     for (const OrvexArchiveDocument &document : session.archive()->documents()) {
-        if (document.readable && !board->cardIds().contains(QString::number(document.docsId)) && ids.size() < 3)
+        const QString entry = QString::number(document.id) + QChar(0xFEFF) + QString::number(document.docsId);
+        if (document.readable && !entries.contains(entry) && ids.size() < 3)
             ids << document.id;
     }
     session.window()->selectDocuments(ids);
@@ -292,7 +295,8 @@ void tst_HostWindow::dragFromTheListOntoABoard()
     QVERIFY(data->getArchiveWorker() && data->getClassifyClient() == session.archive()->classifyClient());
 
     QVERIFY(deliverDrop(board, data.get(), board->rect().center()));
-    QStringList entries, comments;
+    QTRY_COMPARE(session.window()->statusBar()->currentMessage(),
+                 QStringLiteral("Added 3 document(s) to clipboard %1").arg(board->getTabText()));
     QVERIFY(session.archive()->classifyClient()->getClipboardDocuments(board->getId(), entries, comments));
     for (int i = 0; i < 3; ++i)
         QVERIFY(entries.contains(docIds.at(i) + QChar(0xFEFF) + docsIds.at(i)));
