@@ -2,7 +2,6 @@
 // back through runJavaScript, against the recording client doubles.
 #include "dropdelivery.h"
 #include "modalanswerer.h"
-#include "orvexmimedata.h"
 #include "orvextranslations.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
@@ -70,22 +69,6 @@ public:
         return RecordingClassifyClient::addToClipboard(clipboardId, docId, docsId);
     }
 };
-
-// The program's own data object, or plain data as another process sends it.
-QMimeData *dropData(bool own, bool marker, const QString &docIds, const QString &docsIds)
-{
-    QMimeData *data = own ? new OrvexMimeData : new QMimeData;
-    if (auto *ownData = qobject_cast<OrvexMimeData *>(data)) {
-        ownData->setDocIds(docIds.split(';'));
-        ownData->setDocsIds(docsIds.split(';'));
-    } else { // a NUL ends the text
-        data->setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
-        data->setData("x-application-orvex-docsids", docsIds.toUtf8());
-    }
-    if (marker)
-        data->setData("x-application-orvex", QByteArray());
-    return data;
-}
 
 // Runs a script in the page and waits for its result.
 QVariant js(QWebEngineView *view, const QString &script)
@@ -871,25 +854,23 @@ void tst_Board::destroyingMidUpdate()
 
 void tst_Board::drops_data()
 {
-    QTest::addColumn<bool>("own"); // else foreign data
     QTest::addColumn<bool>("writeable");
     QTest::addColumn<int>("preset"); // cards 500.. on the board before the drop
     QTest::addColumn<QString>("docIds");
     QTest::addColumn<QString>("docsIds");
     QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
     QTest::addColumn<QStringList>("added");
-    QTest::newRow("own data") << true << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
-    QTest::newRow("read-only") << true << false << 0 << "100" << "500" << 0 << QStringList();
-    QTest::newRow("full board") << true << true << 200 << "900" << "900" << 0 << QStringList();
-    QTest::newRow("duplicate skipped") << true << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
-    QTest::newRow("lists differ") << false << true << 0 << "100" << "500;501" << 0 << QStringList();
-    QTest::newRow("bad ids") << false << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
-    QTest::newRow("cancel keeps") << true << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
+    QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
+    QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList();
+    QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList();
+    QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
+    QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList();
+    QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
+    QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
 }
 
 void tst_Board::drops()
 {
-    QFETCH(bool, own);
     QFETCH(bool, writeable);
     QFETCH(int, preset);
     QFETCH(QString, docIds);
@@ -904,9 +885,13 @@ void tst_Board::drops()
         if (++adds == cancelAt)
             board->findChild<QProgressDialog *>()->cancel();
     };
-    // Without the marker, even readable ids are not taken.
-    QVERIFY(!deliverDrop(board, std::unique_ptr<QMimeData>(dropData(false, false, "100", "500")).get()));
-    QCOMPARE(deliverDrop(board, std::unique_ptr<QMimeData>(dropData(own, true, docIds, docsIds)).get()), accepted);
+    // Plain data, as a drag from another process or application brings it; a NUL ends the text.
+    QMimeData data;
+    data.setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
+    data.setData("x-application-orvex-docsids", docsIds.toUtf8());
+    QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
+    data.setData("x-application-orvex", QByteArray());
+    QCOMPARE(deliverDrop(board, &data), accepted);
     // The server is asked for exactly the cards that appear, nothing else.
     QCOMPARE(count("addToClipboard"), added.size());
     QCOMPARE(board->cardCount(), preset + added.size());
