@@ -9,6 +9,7 @@ class kelArchiveClientInterface;
 class OrvexArchiveWorker;
 class OrvexDocumentListView;
 class OrvexDocumentFilterModel;
+class OrvexHostCommands;
 class OrvexDocumentListModel;
 class OrvexSnackbarFilter;
 class QDockWidget;
@@ -43,6 +44,8 @@ public:
 
     TavloDocPluginInterface *workbench() const { return m_workbench; }
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
+    // Carries out the workbench's commands; null until the workbench is installed.
+    OrvexHostCommands *commands() const { return m_commands; }
     OrvexDocumentListView *documentView() const;
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
@@ -76,5 +79,6 @@ private:
     OrvexSnackbarFilter *m_snackbars;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
+    OrvexHostCommands *m_commands = nullptr;
     OrvexArchiveWorker *m_archiveWorker = nullptr;
 };

@@ -209,6 +209,25 @@
     </message>
 </context>
 <context>
+    <name>OrvexMimeData</name>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Permission denied.</source>
+        <translation>Zugriff verweigert.</translation>
+    </message>
+    <message>
+        <source>Failed to export: </source>
+        <translation>Export fehlgeschlagen: </translation>
+    </message>
+    <message>
+        <source>There is no connection to the archive.</source>
+        <translation>Es besteht keine Verbindung zum Archiv.</translation>
+    </message>
+</context>
+<context>
     <name>Orvexworkbenchplugin</name>
     <message>
         <source>Clipboard</source>

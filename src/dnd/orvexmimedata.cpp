@@ -1,6 +1,8 @@
 #include "orvexmimedata.h"
 
 #include "classifyinterface.h"
+#include "kelarchiveclientinterface.h"
+#include "orvexarchiveworker.h"
 #include "orvexlog.h"
 #include "orvexlogindata.h"
 
@@ -9,10 +11,73 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
+#include <QHostInfo>
+#include <QMessageBox>
 
 namespace {
 const QString kOrvexUriFormat = QStringLiteral("text/x-orvex-uri");
+const QString kUriListFormat = QStringLiteral("text/uri-list");
+const QChar kVersionSep(0xFEFF);
+const QChar kInfoSep(0xFFFD);
+
+bool isNumber(const QString &text)
+{
+    bool ok = false;
+    text.toLongLong(&ok, 10);
+    return ok;
+}
+
+// A dragged document entry: "4711", or "4711;3" for a chosen version.
+struct Entry
+{
+    QString docId;
+    QString version;
+    QString remarkKey;
+
+    explicit Entry(const QString &text) : docId(text), remarkKey(text)
+    {
+        if (text.contains(QLatin1Char(';'))) {
+            const QStringList parts = text.split(QLatin1Char(';'));
+            docId = parts.at(0);
+            version = parts.at(1);
+            remarkKey = QString(text).replace(QLatin1Char(';'), QLatin1Char('#'));
+        }
+    }
+
+    bool isValid() const { return isNumber(docId) && (version.isEmpty() || isNumber(version)); }
+};
+
+QByteArray joinedUrls(const QList<QUrl> &urls)
+{
+    QStringList texts;
+    for (const QUrl &url : urls)
+        texts << url.toString();
+    return texts.join(QStringLiteral("\r\n")).toUtf8();
+}
+
+QVariantList urlVariants(const QList<QUrl> &urls)
+{
+    QVariantList list;
+    for (const QUrl &url : urls)
+        list << QVariant(url);
+    return list;
+}
+
+// A file name goes into the URL as it is, except for the characters that
+// would end the path or start a fragment and so cut off the query.
+QString urlPathName(QString name)
+{
+    return name.replace(QLatin1Char('%'), QLatin1String("%25"))
+        .replace(QLatin1Char('?'), QLatin1String("%3F"))
+        .replace(QLatin1Char('#'), QLatin1String("%23"));
+}
+
+bool isOffline(ClassifyInterface *client)
+{
+    return client && client->getConnectionMode().startsWith(QLatin1String("Offline"));
+}
 } // namespace
 
 OrvexMimeData::OrvexMimeData()
@@ -94,8 +159,13 @@ void OrvexMimeData::setBemerkungen(QMap<QString, QString> remarks)
 bool OrvexMimeData::getLButtonDown() const
 {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    const Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
+    const Qt::MouseButtons buttons = pressedMouseButtons();
     return buttons == Qt::LeftButton || buttons == Qt::RightButton;
+}
+
+Qt::MouseButtons OrvexMimeData::pressedMouseButtons() const
+{
+    return QGuiApplication::mouseButtons();
 }
 
 void OrvexMimeData::setCurrentWidget(QObject *widget)
@@ -135,4 +205,193 @@ QStringList OrvexMimeData::formats() const
     list.removeAll(kOrvexUriFormat);
     list.append(kOrvexUriFormat);
     return list;
+}
+
+QVariant OrvexMimeData::retrieveData(const QString &mimeType, QVariant::Type type) const
+{
+    const bool uriList = mimeType == kUriListFormat;
+    if (!uriList && mimeType != kOrvexUriFormat)
+        return QMimeData::retrieveData(mimeType, type);
+
+    // While the button that drives the drag is held the target only probes:
+    // cheap URLs, no names from the archive.
+    if (getLButtonDown()) {
+        orvexDebug() << "LBUTTON DOWN.";
+        const QList<QUrl> urls = getUrlList(false);
+        return uriList ? QVariant(urlVariants(urls)) : QVariant(joinedUrls(urls));
+    }
+
+    orvexDebug() << "LBUTTON UP, do export.";
+    if (uriList)
+        return urlVariants(getUrlList(true));
+    orvexDebug() << "Export x-orvex-uri";
+    return joinedUrls(getUrlList(false));
+}
+
+QList<QUrl> OrvexMimeData::getUrlList(bool exportNames) const
+{
+    QList<QUrl> urls;
+    const auto done = [&urls]() {
+        orvexDebug() << "END GETURL LIST";
+        return urls;
+    };
+
+    QStringList entries;
+    const QVariantList stored = QMimeData::retrieveData(kUriListFormat, QVariant::List).toList();
+    for (const QVariant &entry : stored)
+        entries << entry.toString();
+    const QList<qlonglong> docsIds = getDocsIdsFromMimeData();
+    if (!m_classifyClient || !m_archiveWorker || !m_archiveWorker->getArchiveClient()) {
+        // The drag owner sets both before the platform sees the data; without
+        // them there is no server to point a URL at.
+        orvexWarning() << "GETURL LIST without classification client or archive";
+        return done();
+    }
+    kelArchiveClientInterface *client = m_archiveWorker->getArchiveClient();
+    const bool offline = isOffline(m_classifyClient);
+
+    QStringList docsIdTexts;
+    QStringList names;
+    if (docsIds.size() == entries.size()) {
+        for (qlonglong docsId : qAsConst(docsIds))
+            docsIdTexts << QString::number(docsId);
+        names = client->getDocumentFileNames(entries, docsIdTexts);
+        if (names.size() != docsIdTexts.size()) {
+            QMessageBox::warning(nullptr, tr("Warning"), tr("Permission denied."), QMessageBox::Ok);
+            return done();
+        }
+    } else {
+        // Without a matching document stream the entries count as outside any clipboard.
+        for (int i = 0; i < entries.size(); ++i)
+            docsIdTexts << QStringLiteral("-1");
+        if (exportNames)
+            return done();
+    }
+
+    QString host = m_classifyClient->getServerHost();
+    if (host.toLower() == QLatin1String("localhost"))
+        host = QHostInfo::localHostName();
+    const QString serverPart = QStringLiteral("&archive=") + m_archiveWorker->getCurrentArchive()
+        + QStringLiteral("&host=") + host + QStringLiteral("&port=")
+        + QString::number(m_classifyClient->getServerPort()) + QStringLiteral("&profileId=")
+        + QString::number(m_classifyClient->getProfileId());
+
+    for (int i = 0; i < entries.size(); ++i) {
+        const Entry entry(entries.at(i));
+        if (!entry.isValid()) {
+            orvexWarning() << "GETURL LIST: not a document entry:" << entries.at(i);
+            continue;
+        }
+        QString name;
+        if (!exportNames)
+            name = readableName(entry.docId, entry.version, entry.remarkKey, offline);
+        else if (entry.version.isEmpty())
+            name = names.at(i);
+        else
+            name = client->getDocumentPartFileName(entry.docId, docsIdTexts.at(i), entry.version);
+
+        QString text = QStringLiteral("http://localhost:") + QString::number(m_dndPort)
+            + QStringLiteral("/openDoc/") + urlPathName(name) + QStringLiteral("?openmode=4&docid=")
+            + entry.docId;
+        if (!entry.version.isEmpty())
+            text += QStringLiteral("&version=") + entry.version;
+        urls << QUrl(text + serverPart, QUrl::TolerantMode);
+    }
+    return done();
+}
+
+QString OrvexMimeData::readableName(const QString &docId, const QString &version,
+                                    const QString &remarkKey, bool offline) const
+{
+    QString suffix;
+    if (!offline) {
+        suffix = QStringLiteral("pdf");
+    } else {
+        // The version records tell the stored file, and so its type.
+        const QStringList records = m_archiveWorker->getAllVersions(docId);
+        for (const QString &record : records) {
+            const QStringList fields = record.split(kVersionSep);
+            if (!version.isEmpty() && fields.value(1) != version)
+                continue;
+            suffix = QFileInfo(fields.value(11)).suffix();
+            break;
+        }
+        if (suffix.isEmpty() && version.isEmpty()) {
+            QStringList info;
+            m_archiveWorker->getDocumentInfo(QStringList{docId}, info);
+            if (!info.isEmpty())
+                suffix = info.first().split(kInfoSep).value(3);
+        }
+    }
+
+    QString name = docId;
+    if (!version.isEmpty())
+        name += QLatin1Char('_') + version;
+    name += QLatin1Char('_') + m_remarks.value(remarkKey);
+    if (!name.toUpper().endsWith(QLatin1Char('.') + suffix.toUpper()))
+        name += QLatin1Char('.') + suffix;
+    for (const QChar c : {QLatin1Char('/'), QLatin1Char('\\'), QLatin1Char(';'), QLatin1Char('#')})
+        name.remove(c);
+    return name;
+}
+
+QVariant OrvexMimeData::getFiles(const QString &mimeType, QVariant::Type type) const
+{
+    QList<qlonglong> docsIds = getDocsIdsFromMimeData();
+    if (!m_cachedFiles.isNull())
+        return m_cachedFiles;
+
+    QList<qlonglong> docIds;
+    QList<qlonglong> versions;
+    if (m_exportPending) {
+        const QVariantList stored = QMimeData::retrieveData(mimeType, type).toList();
+        // An entry that is no document reference is left out, and with it its
+        // docs id, so the two lists stay side by side.
+        const bool paired = docsIds.size() == stored.size();
+        QList<qlonglong> pairedDocsIds;
+        for (int i = 0; i < stored.size(); ++i) {
+            const Entry entry(stored.at(i).toUrl().toString());
+            if (!entry.isValid()) {
+                orvexWarning() << "GET FILES: not a document entry:" << stored.at(i).toUrl().toString();
+                continue;
+            }
+            docIds << entry.docId.toLongLong();
+            if (!entry.version.isEmpty())
+                versions << entry.version.toLongLong();
+            if (paired)
+                pairedDocsIds << docsIds.at(i);
+        }
+        if (paired)
+            docsIds = pairedDocsIds;
+    }
+
+    QStringList files;
+    if (!docIds.isEmpty()) {
+        if (!m_archiveWorker) {
+            QMessageBox::critical(nullptr, tr("Failed to export: "),
+                                  tr("There is no connection to the archive."), QMessageBox::Ok);
+        } else if (!m_archiveWorker->exportDocuments(docIds, docsIds, versions, m_remarks, m_tempDir,
+                                                     false, files, -1, isOffline(m_classifyClient),
+                                                     false, false, QStringLiteral("IGNORE"))
+                   && !m_archiveWorker->isCanceled()) {
+            QMessageBox::critical(nullptr, tr("Failed to export: "), m_archiveWorker->getLastError(),
+                                  QMessageBox::Ok);
+        }
+    }
+
+    QVariantList urls;
+    for (const QString &file : qAsConst(files))
+        urls << QUrl::fromLocalFile(QDir::toNativeSeparators(file).trimmed());
+    m_cachedFiles = urls;
+    m_exportPending = false;
+    return m_cachedFiles;
+}
+
+void OrvexMimeData::copyTo(const QString &folder)
+{
+    const QString tempDir = m_tempDir;
+    m_tempDir = folder;
+    const QVariant result = getFiles(kUriListFormat, QVariant::List);
+    m_tempDir = tempDir;
+    orvexDebug() << "COPY TO:" << result;
 }

@@ -7,6 +7,7 @@
 #include <QMimeData>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <QVariant>
 
 class ClassifyInterface;
@@ -47,6 +48,15 @@ public:
     // The stream format of this process.
     static QString documentStreamFormat();
 
+    // One local document URL per dragged document; with exportNames the file
+    // names are the archive's, and a rights mismatch gives no URLs at all.
+    QList<QUrl> getUrlList(bool exportNames) const;
+    // Exports the dragged documents into the drag's folder once; later calls
+    // answer the same list of file URLs.
+    QVariant getFiles(const QString &mimeType, QVariant::Type type) const;
+    // Exports the dragged documents into folder (only the first export writes).
+    void copyTo(const QString &folder);
+
     // Read access for the drop side and for tests.
     bool isTargetOutside() const { return m_targetOutside; }
     ClassifyInterface *getClassifyClient() const { return m_classifyClient; }
@@ -55,12 +65,24 @@ public:
     QString getTempDirName() const { return m_tempDirName; }
     qint64 getDndPort() const { return m_dndPort; }
 
+protected:
+    // "text/uri-list" and "text/x-orvex-uri": local URLs while the drag's button
+    // is held, the archive's file names once it is released.
+    QVariant retrieveData(const QString &mimeType, QVariant::Type type) const override;
+    // The buttons held right now; the seam through which tests play the mouse.
+    virtual Qt::MouseButtons pressedMouseButtons() const;
+
 public slots:
     // The drag owner reports the current drop target; nullptr means a target
     // outside this application.
     void setCurrentWidget(QObject *widget);
 
 private:
+    // Name of a document's URL when the archive is not asked: ids, remark and
+    // a suffix, online "pdf", offline the stored file's.
+    QString readableName(const QString &docId, const QString &version, const QString &remarkKey,
+                         bool offline) const;
+
     bool m_targetOutside = false;
     QStringList m_docIds;
     QStringList m_docsIds;
@@ -68,8 +90,8 @@ private:
     ClassifyInterface *m_classifyClient = nullptr; // not owned
     QMap<QString, QString> m_remarks;
     QString m_tempDir;
-    bool m_exportPending = true;
+    mutable bool m_exportPending = true;
     QString m_tempDirName;
-    QVariant m_cachedFiles;
+    mutable QVariant m_cachedFiles;
     qint64 m_dndPort = 0;
 };

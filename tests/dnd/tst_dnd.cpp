@@ -1,8 +1,11 @@
 // The drag data object: announced formats, the per-process docs-id stream, the
-// private temporary folder's life online and offline, and the mouse probe.
+// private temporary folder's life, the mouse probe, and the URLs and files it makes.
 #include "fakeconnectionmanager.h"
+#include "modalanswerer.h"
+#include "orvexarchiveworker.h"
 #include "orvexlogindata.h"
 #include "orvexmimedata.h"
+#include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
 
 #include <QDataStream>
@@ -22,7 +25,33 @@ QByteArray docsIdStream(const QStringList &ids)
     return bytes;
 }
 
+struct DraggedMime : OrvexMimeData // plays the mouse through the seam
+{
+    Qt::MouseButtons buttons;
+    Qt::MouseButtons pressedMouseButtons() const override { return buttons; }
+};
+
+struct RecordArchive : RecordingArchiveClient // version records: field 1 the version, 11 the file
+{
+    QStringList getAllVersions(int docId) override
+    {
+        const QString record = QStringLiteral("v|%1||||||||||%2").replace('|', QChar(0xFEFF));
+        return docId == 4711 ? QStringList{record.arg(2).arg("a.pdf"), record.arg(3).arg("scan.tif")} : QStringList();
+    }
+};
+
+struct Request // for the dragged documents: a drop target's format, or copyTo
+{
+    QStringList entries, docsIds, expected;
+    QString mode, request;
+    QMap<QString, QString> remarks;
+    int buttons;
+    QString shown = {}; // title and text of the box shown
+};
+
 } // namespace
+
+Q_DECLARE_METATYPE(Request)
 
 class tst_Dnd : public QObject
 {
@@ -39,9 +68,14 @@ private slots:
     void tempFolderOnDestruction();
     void leftButtonDown_data();
     void leftButtonDown();
+    void materialise_data();
+    void materialise();
 
 private:
     QTemporaryDir m_temp;
+    RecordArchive m_archive;
+    RecordingClassifyClient m_classify;
+    OrvexArchiveWorker m_worker;
 };
 
 void tst_Dnd::initTestCase()
@@ -49,6 +83,15 @@ void tst_Dnd::initTestCase()
     // The objects' folders land in a private temp folder.
     QVERIFY(m_temp.isValid());
     qputenv("TMPDIR", QFile::encodeName(m_temp.path()));
+    RecordingArchiveClient::Document document;
+    for (int docId : {4711, 12, 13}) {
+        document.docId = docId;
+        document.fileName = docId == 4711 ? "Rechnung März.pdf" : "";
+        document.readable = docId != 13; // an archive that refuses
+        m_archive.addDocument(document);
+    }
+    m_worker.setArchiveClient(&m_archive);
+    m_worker.selectArchive("Archive");
 }
 
 void tst_Dnd::init()
@@ -189,6 +232,53 @@ void tst_Dnd::leftButtonDown()
     for (int button : buttons)
         QTest::mouseRelease(window.windowHandle(), Qt::MouseButton(button), {}, QPoint(5, 5));
     QCOMPARE(result, down);
+}
+
+void tst_Dnd::materialise_data()
+{
+    QTest::addColumn<Request>("r");
+    QTest::newRow("4711;3 offline") << Request{{"4711;3"}, {}, {"4711_3_Invoice.tif?openmode=4&docid=4711&version=3"}, "Offline", "text/x-orvex-uri", {{"4711#3", "Invoice"}, {"4711", "-"}}, Qt::LeftButton};
+    QTest::newRow("12 online, dropped") << Request{{"12", "4711"}, {"1", "2"}, {"12_.pdf?openmode=4&docid=12", "4711_.pdf?openmode=4&docid=4711"}, "Online", "text/x-orvex-uri", {}, Qt::NoButton};
+    QTest::newRow("A.PDF") << Request{{"4711"}, {"1"}, {"4711_A.PDF?openmode=4&docid=4711"}, "Online", "text/uri-list", {{"4711", "A/.PDF"}}, Qt::RightButton};
+    QTest::newRow("empty suffix") << Request{{"4713"}, {}, {"4713_.?openmode=4&docid=4713"}, "Offline", "text/x-orvex-uri", {}, Qt::LeftButton};
+    QTest::newRow("archive names") << Request{{"4711", "12"}, {"1", "2"}, {"Rechnung März.pdf?openmode=4&docid=4711", "12?openmode=4&docid=12"}, "Online", "text/uri-list", {}, Qt::NoButton};
+    QTest::newRow("permission denied") << Request{{"4711", "13"}, {"1", "2"}, {}, "Online", "text/uri-list", {}, Qt::NoButton, "WarningPermission denied."};
+    QTest::newRow("stream of another length") << Request{{"4711"}, {"1", "2"}, {}, "Online", "text/uri-list", {}, Qt::NoButton};
+    QTest::newRow("bad entries left out") << Request{{"abc", "4711;x", "", "12"}, {}, {"12_.pdf?openmode=4&docid=12"}, "Online", "text/uri-list", {}, Qt::LeftButton};
+    QTest::newRow("copied once") << Request{{"4711", "12"}, {"1", "2"}, {"12", "Rechnung März.pdf"}, "Online", "copyTo", {}, Qt::NoButton, "Export documents..."};
+    QTest::newRow("copy refused") << Request{{"13"}, {}, {}, "Online", "copyTo", {}, Qt::NoButton, "Failed to export: No permission to read document 13"};
+    QTest::newRow("copy without entries") << Request{{"abc", ""}, {}, {}, "Online", "copyTo", {}, Qt::NoButton};
+}
+
+void tst_Dnd::materialise()
+{
+    QFETCH(Request, r);
+    m_classify.setConnectionMode(r.mode);
+    m_classify.setServer("LocalHost", 4711, 7);
+    FakeConnectionManager manager;
+    manager.setReply("47011\n");
+    DraggedMime mime; // filled as the host fills a drag
+    mime.setUrls(QUrl::fromStringList(r.entries));
+    mime.setData(OrvexMimeData::documentStreamFormat(), docsIdStream(r.docsIds));
+    mime.setArchiveClient(&m_worker);
+    mime.setClassifyClient(&m_classify);
+    mime.setBemerkungen(r.remarks);
+    mime.buttons = Qt::MouseButtons(r.buttons);
+    ModalAnswerer box(QMessageBox::Ok);
+    QTemporaryDir first, second;
+    QStringList got; // copyTo: the files written; otherwise the URLs' file names and queries up to the archive
+    if (r.request == "copyTo") {
+        mime.copyTo(first.path());
+        ModalAnswerer again(QMessageBox::Ok);
+        mime.copyTo(second.path()); // answered by the first export
+        got = QDir(first.path()).entryList(QDir::Files) + QDir(second.path()).entryList(QDir::Files);
+    } else { // asked the way the platform asks while it drags and when it drops
+        got = r.request == "text/uri-list" ? QUrl::toStringList(mime.urls()) : QString::fromUtf8(mime.data(r.request)).split("\r\n");
+        got.replaceInStrings(QRegularExpression("^http://localhost:47011/openDoc/(.+)&archive=Archive&host=" + QSysInfo::machineHostName()
+                                                + "&port=4711&profileId=7$"), "\\1");
+    }
+    QCOMPARE(box.seenTitle() + box.seenText(), r.shown);
+    QCOMPARE(got, r.expected);
 }
 
 QTEST_MAIN(tst_Dnd)
