@@ -366,6 +366,17 @@ void orvexwbwebview::dropLists(const QMimeData *data, QStringList &docIds, QStri
     }
 }
 
+void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
+{
+    // Document drags stay with the board: the page has no use for them, and
+    // asking their data for URLs would make it export documents.
+    if (event->mimeData() && event->mimeData()->hasFormat(kDragMarker)) {
+        event->acceptProposedAction();
+        return;
+    }
+    QWebEngineView::dragEnterEvent(event);
+}
+
 void orvexwbwebview::dragMoveEvent(QDragMoveEvent *event)
 {
     if (!canAcceptDrop(event->mimeData())) {

@@ -19,6 +19,7 @@
 #include <atomic>
 
 class ClassifyInterface;
+class QDragEnterEvent;
 class QDragMoveEvent;
 class QDropEvent;
 class QMimeData;
@@ -132,6 +133,7 @@ public slots:
     void doFocusTab();
 
 protected:
+    void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
