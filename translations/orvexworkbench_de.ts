@@ -122,6 +122,54 @@
         <source>The e-mail could not be created, unable to start Mail-Client!</source>
         <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
     </message>
+    <message>
+        <source>Another upload is still running.</source>
+        <translation>Es läuft noch ein anderes Hochladen.</translation>
+    </message>
+    <message>
+        <source>The file %1 cannot be read.</source>
+        <translation>Die Datei %1 kann nicht gelesen werden.</translation>
+    </message>
+    <message>
+        <source>The file %1 is empty.</source>
+        <translation>Die Datei %1 ist leer.</translation>
+    </message>
+    <message>
+        <source>Archiviere Dokument...</source>
+        <translation>Archiviere Dokument...</translation>
+    </message>
+    <message>
+        <source>Uploading %1...</source>
+        <translation>%1 wird hochgeladen...</translation>
+    </message>
+    <message>
+        <source>The archive did not accept %1.</source>
+        <translation>Das Archiv hat %1 nicht angenommen.</translation>
+    </message>
+    <message>
+        <source>The upload of %1 was canceled.</source>
+        <translation>Das Hochladen von %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>The archive&apos;s answer to the duplicate check of %1 could not be read.</source>
+        <translation>Die Antwort des Archivs auf die Dublettenprüfung von %1 ist nicht lesbar.</translation>
+    </message>
+    <message>
+        <source>DocId: %1 / Version: %2 / Page: %3</source>
+        <translation>DocId: %1 / Version: %2 / Seite: %3</translation>
+    </message>
+    <message>
+        <source>do_archive</source>
+        <translation>Archivieren</translation>
+    </message>
+    <message>
+        <source>Discard</source>
+        <translation>Verwerfen</translation>
+    </message>
+    <message>
+        <source>%1 was not archived: it duplicates archived documents.</source>
+        <translation>%1 wurde nicht archiviert: Der Inhalt ist bereits im Archiv vorhanden.</translation>
+    </message>
 </context>
 <context>
     <name>OrvexDirUtils</name>

@@ -3,12 +3,15 @@
 #include "dmsmailnames.h"
 #include "kelarchiveclientinterface.h"
 #include "orvexdirutils.h"
+#include "orvexduplicatereply.h"
+#include "orvexduplicatesdlg.h"
 #include "orvexfilecopy.h"
 #include "orvexlog.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -16,6 +19,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QUrl>
+#include <QtConcurrent>
 
 namespace {
 
@@ -637,5 +641,130 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
                               tr("The e-mail could not be created, unable to start Mail-Client!"));
     }
     // The mail program reads the attachments after this call: they stay.
+    return true;
+}
+
+bool OrvexArchiveWorker::abandonUpload(const QString &uploadId, const QString &error)
+{
+    m_lastError = error;
+    if (!uploadId.isEmpty())
+        m_client->discardUpload(uploadId);
+    m_fileCopy->hide();
+    return false;
+}
+
+bool OrvexArchiveWorker::uploadFile(QString archiveData, QString filePath, bool flag)
+{
+    m_canceled = false;
+    m_duplicateCanceled = false;
+    if (!requireClient())
+        return false;
+    // The GUI runs on while a file streams: a second upload must not start inside the first.
+    if (m_uploading) {
+        m_lastError = tr("Another upload is still running.");
+        return false;
+    }
+    const QFileInfo info(filePath);
+    const QString shown = QDir::toNativeSeparators(filePath);
+    if (!info.isFile() || !info.isReadable()) {
+        m_lastError = tr("The file %1 cannot be read.").arg(shown);
+        return false;
+    }
+    if (info.size() == 0) {
+        m_lastError = tr("The file %1 is empty.").arg(shown);
+        return false;
+    }
+
+    OrvexFileCopy *progress = m_fileCopy.get();
+    if (m_fileCount < 2) {
+        progress->setTotalMaximum(1);
+        progress->setTotalValue(0);
+        progress->setTotalVisible(false);
+    } else {
+        progress->setTotalMaximum(m_fileCount);
+        progress->setTotalValue(m_finishedCount);
+        progress->setTotalVisible(true);
+    }
+    progress->setWindowTitle(tr("Archiviere Dokument..."));
+    progress->setText(tr("Uploading %1...").arg(info.fileName()));
+    progress->setFinishedFilesCount(m_finishedCount);
+    progress->show();
+
+    // The task writes only into these; the GUI thread reads them once the task is done.
+    QStringList reply;
+    QString sentId;
+    kelArchiveClientInterface *client = m_client;
+    auto *loop = new QEventLoop(this);
+    QFuture<void> task = QtConcurrent::run([=, &reply, &sentId]() {
+        QString uploadId;
+        if (client->sendFile(filePath, uploadId))
+            sentId = uploadId;
+        // A failed send has nothing to check, and asking would replace the client's reason.
+        if (!sentId.isEmpty())
+            reply = client->checkDuplicates(archiveData, filePath, sentId, flag, 0, 0, 1, 1);
+        // Queued: it reaches the loop even when the task ends before exec() starts.
+        QMetaObject::invokeMethod(loop, "quit", Qt::QueuedConnection);
+    });
+    m_uploading = true;
+    orvexDebug() << "UPLOAD STARTED" << filePath;
+    loop->exec();
+    task.waitForFinished(); // at once, unless someone else ended the loop
+    m_uploading = false;
+    loop->deleteLater();
+
+    const OrvexDuplicateReply parsed = OrvexDuplicateReply::parse(reply);
+    const QString uploadId = parsed.uploadId();
+    if (uploadId.trimmed().isEmpty()) {
+        QString error = m_client->getLastError();
+        if (error.isEmpty())
+            error = tr("The archive did not accept %1.").arg(shown);
+        // A cancel ends the caller's batch too.
+        if (m_canceled)
+            m_duplicateCanceled = true;
+        orvexDebug() << "UPLOAD FAILED" << filePath << error;
+        // When the check failed after the file had arrived, the archive keeps nothing of it.
+        return abandonUpload(sentId, error);
+    }
+    if (m_canceled) {
+        m_duplicateCanceled = true;
+        return abandonUpload(uploadId, tr("The upload of %1 was canceled.").arg(shown));
+    }
+    if (!parsed.problems().isEmpty()) {
+        // Which pages the duplicates match cannot be told: nobody can decide on it.
+        return abandonUpload(uploadId, tr("The archive's answer to the duplicate check of %1 could not be read.")
+                                           .arg(shown));
+    }
+
+    if (parsed.reportsDuplicates()) {
+        QList<thumbData> duplicates;
+        const QList<OrvexDuplicateHit> hits = parsed.duplicates();
+        for (const OrvexDuplicateHit &hit : hits) {
+            int pageCount = 0;
+            QString format;
+            const QByteArray image = m_client->getDocumentThumbnail(hit.docId.toInt(), hit.page, 1024, pageCount,
+                                                                    format, 9, 0, hit.version);
+            duplicates << thumbData{tr("DocId: %1 / Version: %2 / Page: %3").arg(hit.docId).arg(hit.version)
+                                        .arg(hit.page + 1),
+                                    hit.originalKey, image};
+        }
+        OrvexDuplicatesDlg dialog(m_parentWidget);
+        connect(&dialog, &OrvexDuplicatesDlg::cancelAll, progress, &OrvexFileCopy::emitCancelClicked);
+        dialog.setCancelAllVisible(m_fileCount > 1);
+        dialog.setButtonNames(tr("do_archive"), tr("Discard"));
+        dialog.setOriginals(parsed.originals());
+        dialog.setDuplicates(duplicates);
+        const bool accepted = dialog.exec() == QDialog::Accepted;
+        if (!accepted || m_canceled) {
+            m_duplicateCanceled = true;
+            return abandonUpload(uploadId, tr("%1 was not archived: it duplicates archived documents.").arg(shown));
+        }
+    }
+
+    if (!m_client->commitUpload(uploadId))
+        return abandonUpload(uploadId, m_client->getLastError());
+    m_lastArchivedDocId = m_client->getLastArchivedDocId();
+    orvexDebug() << "UPLOAD ARCHIVED" << filePath << m_lastArchivedDocId;
+    if (m_fileCount - 1 <= m_finishedCount)
+        progress->hide();
     return true;
 }

@@ -64,7 +64,7 @@ public:
     bool writeDocumentInfo(int docId, int mode);
     bool moveDocToArchive(qlonglong docId, int target);
 
-    // Export and mailing
+    // Export, mailing and upload
     bool exportDocuments(QList<qlonglong> docIds, QList<qlonglong> docsIds, QList<qlonglong> versions,
                          QMap<QString, QString> remarks, QString targetDir, bool openMode,
                          QStringList &resultFiles, int purpose, bool offline, bool skipNameDialog,
@@ -74,6 +74,12 @@ public:
     QString getNewFileName(QString filePath, QMap<QString, QString> remarks, qlonglong docId,
                            qlonglong docsId, qlonglong version, bool rename);
     QString getOfflineFileName(QString filePath, QString remark, qlonglong docId, qlonglong version);
+
+    // Upload: streams the file to the archive on a pool thread while the GUI
+    // keeps running, shows the duplicates the archive finds and commits or
+    // discards. True when the file became a new document (getLastArchivedDocId()).
+    // archiveData and flag go to the client's duplicate check unchanged.
+    bool uploadFile(QString archiveData, QString filePath, bool flag);
 
     // Counts and flags
     void setFileCount(int count);
@@ -92,6 +98,9 @@ private:
     void wireProgress(OrvexFileCopy *dialog);
     void adoptClient(kelArchiveClientInterface *client, bool owned);
     void deleteFiles(const QStringList &files) const;
+    // Ends an upload that archived nothing: the reason into the last error, the
+    // upload (when there is one) discarded, the progress dialog hidden.
+    bool abandonUpload(const QString &uploadId, const QString &error);
 
     int m_port = 0;
     QString m_login1;
@@ -112,4 +121,5 @@ private:
 
     bool m_ownsClient = false;
     QString m_applicationFolder;
+    bool m_uploading = false;
 };
