@@ -3,6 +3,7 @@
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
 #include "orvexscreenshotjob.h"
+#include "tavlodocplugininterface.h"
 
 #include <QApplication>
 #include <QDockWidget>
@@ -42,6 +43,7 @@ int main(int argc, char *argv[])
     if (options.takesScreenshot()) {
         auto *job = new OrvexScreenshotJob(session.window(), session.window()->workbenchDock(),
                                            options.screenshotFile, options.timeoutSeconds * 1000, &app);
+        job->setStateFile(options.stateFile, session.window()->workbench()->getHoverWidget());
         QObject::connect(job, &OrvexScreenshotJob::finished, &app, [&](int code, const QString &message) {
             screenshotDone = true;
             (code == 0 ? out : err) << "orvexhost: " << message << Qt::endl;

@@ -1,5 +1,7 @@
 #include "orvexdockreadiness.h"
 
+#include "orvexboardprobe.h"
+
 #include <QSharedPointer>
 #include <QWebEnginePage>
 #include <QWebEngineView>
@@ -25,17 +27,6 @@ void OrvexDockReadiness::start(int intervalMs)
     poll();
 }
 
-QString OrvexDockReadiness::boardFinishedScript()
-{
-    return QStringLiteral(
-        "(function () {"
-        " if (document.readyState !== 'complete') return false;"
-        " for (var i = 0; i < document.images.length; ++i)"
-        "  if (!document.images[i].complete) return false;"
-        " return true;"
-        "})();");
-}
-
 QString OrvexDockReadiness::pendingDescription() const
 {
     if (!m_window)
@@ -44,8 +35,16 @@ QString OrvexDockReadiness::pendingDescription() const
         return tr("the workbench dock to be shown");
     if (!windowAndDockShown())
         return m_window->isVisible() ? tr("the workbench dock to be shown") : tr("the window to be shown");
-    if (m_pendingBoards > 0)
-        return tr("%1 of %n board(s) to finish loading", nullptr, m_boardCount).arg(m_pendingBoards);
+    if (m_pending.boards > 0)
+        return tr("%1 of %n board(s) to finish loading", nullptr, m_boardCount).arg(m_pending.boards);
+    if (m_pending.thumbnails > 0) {
+        QStringList titles;
+        for (const QString &title : m_pending.titles)
+            titles << tr("\"%1\"").arg(title);
+        return tr("the thumbnails of %1 of %n card(s) on %2", nullptr, m_pending.cards)
+            .arg(m_pending.thumbnails)
+            .arg(titles.join(QStringLiteral(", ")));
+    }
     return tr("the boards to settle");
 }
 
@@ -75,37 +74,38 @@ void OrvexDockReadiness::trackLoading(QWebEngineView *board)
     });
 }
 
-void OrvexDockReadiness::checkBoardsFinishedLoading(const std::function<void(bool, int)> &done)
+void OrvexDockReadiness::checkBoardsFinishedLoading(const std::function<void(bool, const Pending &)> &done)
 {
     const QList<QWebEngineView *> views = boards();
     m_boardCount = views.size();
-    int pending = 0;
+    auto pending = QSharedPointer<Pending>::create();
     QList<QWebEngineView *> toAsk;
     for (QWebEngineView *view : views) {
         trackLoading(view);
         if (m_loading.contains(view) || view->url().isEmpty())
-            ++pending;
+            ++pending->boards;
         else
             toAsk << view;
     }
     if (toAsk.isEmpty()) {
-        done(pending == 0, pending);
+        done(pending->boards == 0, *pending);
         return;
     }
 
     // Each page answers on its own; the last answer decides.
-    struct Tally
-    {
-        int outstanding;
-        int pending;
-    };
-    auto tally = QSharedPointer<Tally>::create(Tally{int(toAsk.size()), pending});
+    auto outstanding = QSharedPointer<int>::create(int(toAsk.size()));
     for (QWebEngineView *view : qAsConst(toAsk)) {
-        view->page()->runJavaScript(boardFinishedScript(), [tally, done](const QVariant &finished) {
-            if (!finished.toBool())
-                ++tally->pending;
-            if (--tally->outstanding == 0)
-                done(tally->pending == 0, tally->pending);
+        const QString title = OrvexBoardProbe::tabTitleOf(view);
+        OrvexBoardProbe::probe(view, [pending, outstanding, done, title](const OrvexBoardState &state) {
+            if (!state.answered || !state.complete) {
+                ++pending->boards;
+            } else if (state.thumbnails < state.cards) {
+                pending->cards += state.cards;
+                pending->thumbnails += state.cards - state.thumbnails;
+                pending->titles << title;
+            }
+            if (--*outstanding == 0)
+                done(pending->boards == 0 && pending->thumbnails == 0, *pending);
         });
     }
 }
@@ -125,11 +125,11 @@ void OrvexDockReadiness::poll()
     m_roundRunning = true;
     m_roundStarted.start();
     QPointer<OrvexDockReadiness> self(this);
-    checkBoardsFinishedLoading([self, round](bool finished, int pending) {
+    checkBoardsFinishedLoading([self, round](bool finished, const Pending &pending) {
         if (!self || round != self->m_round || self->m_ready)
             return;
         self->m_roundRunning = false;
-        self->m_pendingBoards = pending;
+        self->m_pending = pending;
         self->m_readyRounds = finished ? self->m_readyRounds + 1 : 0;
         if (self->m_readyRounds >= roundsNeeded) {
             self->m_ready = true;

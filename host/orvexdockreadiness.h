@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QSet>
+#include <QStringList>
 #include <QTimer>
 
 #include <functional>
@@ -11,7 +12,8 @@
 class QWebEngineView;
 
 // Tells when the workbench dock shows its final picture: the window and the
-// dock are on screen and every board in the dock has finished loading. It
+// dock are on screen, every board in the dock has finished loading and every
+// card on a board shows its thumbnail. It
 // polls, because boards come and go while the dock fills its tabs, and it
 // wants the answer twice in a row before it believes it.
 class OrvexDockReadiness : public QObject
@@ -26,9 +28,6 @@ public:
     // What is still awaited, for the message when the wait times out.
     QString pendingDescription() const;
 
-    // The script a board's page answers with true once it is complete.
-    static QString boardFinishedScript();
-
 signals:
     void ready();
 
@@ -37,10 +36,19 @@ private:
     bool windowAndDockShown() const;
     QList<QWebEngineView *> boards() const;
     void trackLoading(QWebEngineView *board);
+    // What a round of checks found still missing.
+    struct Pending
+    {
+        int boards = 0;     // pages not loaded yet
+        int cards = 0;      // cards on the boards whose thumbnails are missing
+        int thumbnails = 0; // thumbnails missing on those boards
+        QStringList titles; // the tabs of those boards
+    };
     // Whether every board in the dock has finished loading: its page is set,
-    // no load is in flight and the page itself reports that it is complete.
-    // Answers through done, once, possibly after the event loop ran.
-    void checkBoardsFinishedLoading(const std::function<void(bool finished, int pending)> &done);
+    // no load is in flight, the page reports that it is complete and each of
+    // its cards shows its thumbnail. Answers through done, once, possibly
+    // after the event loop ran.
+    void checkBoardsFinishedLoading(const std::function<void(bool finished, const Pending &pending)> &done);
 
     QPointer<QWidget> m_window;
     QPointer<QWidget> m_dock;
@@ -52,6 +60,6 @@ private:
     bool m_roundRunning = false;
     int m_readyRounds = 0;
     int m_boardCount = 0;
-    int m_pendingBoards = 0;
+    Pending m_pending;
     bool m_ready = false;
 };

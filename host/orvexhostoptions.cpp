@@ -25,6 +25,11 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
         tr("Wait until the window, the workbench dock and its boards are shown, save a PNG of the window "
            "to FILE and exit."),
         tr("FILE"));
+    const QCommandLineOption stateOption(
+        QStringLiteral("dump-state"),
+        tr("With --screenshot: also write what the workbench dock shows (its tabs, their lock state, "
+           "cards and thumbnails, the clipboard chooser) as JSON to FILE."),
+        tr("FILE"));
     const QCommandLineOption timeoutOption(
         QStringLiteral("timeout"),
         tr("Seconds to wait for the screenshot before giving up (default: %1).").arg(defaultTimeoutSeconds),
@@ -37,7 +42,7 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
     const QCommandLineOption userOption(QStringLiteral("user"),
                                         tr("Work as this archive user (default: the system user)."),
                                         tr("NAME"));
-    parser.addOptions({archiveOption, screenshotOption, timeoutOption, pluginOption, userOption});
+    parser.addOptions({archiveOption, screenshotOption, stateOption, timeoutOption, pluginOption, userOption});
 
     options.helpText = parser.helpText();
     if (!parser.parse(arguments)) {
@@ -60,6 +65,11 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
     options.screenshotFile = parser.value(screenshotOption);
     if (parser.isSet(screenshotOption) && options.screenshotFile.isEmpty()) {
         options.error = tr("The screenshot file name must not be empty.");
+        return options;
+    }
+    options.stateFile = parser.value(stateOption);
+    if (parser.isSet(stateOption) && (options.stateFile.isEmpty() || !options.takesScreenshot())) {
+        options.error = tr("--dump-state needs a file name and --screenshot.");
         return options;
     }
     bool ok = false;

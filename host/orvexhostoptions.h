@@ -17,6 +17,7 @@ public:
 
     QString archiveFolder;  // --archive, default: the archive's default location
     QString screenshotFile; // --screenshot, empty: run interactively
+    QString stateFile;      // --dump-state, with --screenshot only
     int timeoutSeconds = defaultTimeoutSeconds;
     QString pluginFile; // --workbench, default: beside the executable
     QString user;       // --user, empty: the archive's default user

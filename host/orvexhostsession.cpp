@@ -3,6 +3,7 @@
 #include "orvexarchive.h"
 #include "orvexhostoptions.h"
 #include "orvexhostwindow.h"
+#include "orvexthemewriter.h"
 #include "tavlodocplugininterface.h"
 
 #include <QDir>
@@ -15,6 +16,7 @@ OrvexHostSession::~OrvexHostSession()
     m_window.reset();
     m_workbench.reset();
     m_archive.reset();
+    m_theme.reset();
 }
 
 bool OrvexHostSession::fail(OrvexHostExitCode code, const QString &message)
@@ -47,6 +49,11 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
     if (!m_workbench)
         return fail(OrvexHostExitCode::PluginFailed, tr("The workbench plugin made no instance of itself."));
 
+    // The workbench reads the theme colour whenever a drag lights up a clipboard
+    // label; without it, it falls back to its own colour.
+    m_theme = std::make_unique<OrvexThemeWriter>();
+    m_theme->followApplicationPalette();
+
     m_window = std::make_unique<OrvexHostWindow>();
     m_window->setArchiveFolder(m_archive->folder());
     m_window->setUserName(m_archive->user());
@@ -54,10 +61,13 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
     m_window->installWorkbench(m_workbench.get(), m_archive->classifyClient(), m_archive->archiveClient(),
                                m_archive->connectionValues());
 
-    QObject::connect(m_archive.get(), &OrvexArchive::documentsChanged, m_window.get(), [this] {
+    m_dataChanged.setSingleShot(true);
+    m_dataChanged.setInterval(0);
+    QObject::connect(m_archive.get(), &OrvexArchive::documentsChanged, &m_dataChanged,
+                     qOverload<>(&QTimer::start));
+    QObject::connect(&m_dataChanged, &QTimer::timeout, m_window.get(), [this] {
         refreshDocuments();
-        // The plugin's light refresh: the clipboards may show changed documents.
-        m_workbench->setCurrentDocIds({}, {});
+        m_window->refreshWorkbench();
     });
     QObject::connect(m_window.get(), &OrvexHostWindow::reloadRequested, m_window.get(),
                      [this] { refreshDocuments(); });

@@ -5,12 +5,14 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 
 class OrvexArchive;
 class OrvexHostOptions;
 class OrvexHostWindow;
+class OrvexThemeWriter;
 class TavloDocPluginInterface;
 
 // One run of the host: the archive, the workbench plugin and the main window,
@@ -39,10 +41,12 @@ private:
     bool fail(OrvexHostExitCode code, const QString &message);
     void refreshDocuments();
 
+    std::unique_ptr<OrvexThemeWriter> m_theme;
     std::unique_ptr<OrvexArchive> m_archive;
     OrvexWorkbenchLoader m_loader;
     std::unique_ptr<TavloDocPluginInterface> m_workbench;
     std::unique_ptr<OrvexHostWindow> m_window;
+    QTimer m_dataChanged; // gathers a burst of archive changes into one refresh
     OrvexHostExitCode m_failure = OrvexHostExitCode::Ok;
     QString m_error;
 };

@@ -4,9 +4,13 @@
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
 #include "orvexarchive.h"
+#include "orvexarchiveworker.h"
 #include "orvexdocumentfiltermodel.h"
+#include "orvexdocumentlistview.h"
 #include "orvexdocumentlistmodel.h"
 #include "orvexhostcommands.h"
+#include "orvexhoverwidgetpresenter.h"
+#include "orvexsnackbarfilter.h"
 #include "tavlodocplugininterface.h"
 
 #include <QDir>
@@ -15,6 +19,7 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLoggingCategory>
+#include <QStatusBar>
 
 Q_LOGGING_CATEGORY(lcHost, "orvex.host")
 
@@ -25,6 +30,7 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     , m_filterModel(new OrvexDocumentFilterModel(this))
     , m_countLabel(new QLabel(this))
     , m_userLabel(new QLabel(this))
+    , m_snackbars(new OrvexSnackbarFilter(this))
 {
     ui->setupUi(this);
     m_filterModel->setSourceModel(m_model);
@@ -52,6 +58,7 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
         ui->m_filter->selectAll();
     });
     connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
+    connect(m_snackbars, &OrvexSnackbarFilter::snackbar, statusBar(), &QStatusBar::showMessage);
     connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
     updateDocumentCount();
 }
@@ -89,6 +96,13 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
     connect(plugin, &TavloDocPluginInterface::refreshParent, this, &OrvexHostWindow::reloadRequested);
     plugin->setArchiveClient(archiveClient);
     plugin->setClassifyClient(classifyClient);
+    // Documents dragged from the list export through this worker, with the host's own client.
+    m_archiveWorker = new OrvexArchiveWorker(this);
+    m_archiveWorker->setArchiveClient(archiveClient);
+    m_archiveWorker->setParentWidget(this);
+    ui->m_documentView->setClients(classifyClient, m_archiveWorker);
+    connect(ui->m_documentView, &OrvexDocumentListView::documentDragStarted, this,
+            [this] { showClipboardChooser(); });
     plugin->setArchiveData(connection.server, connection.port, connection.login1, connection.login2,
                            connection.archiveName, connection.login3);
 
@@ -128,6 +142,11 @@ void OrvexHostWindow::sendCurrentDocIds()
     m_workbench->setCurrentDocIds(docIds, docsIds);
 }
 
+OrvexDocumentListView *OrvexHostWindow::documentView() const
+{
+    return ui->m_documentView;
+}
+
 QList<qlonglong> OrvexHostWindow::selectedDocumentIds() const
 {
     QList<qlonglong> ids;
@@ -160,6 +179,16 @@ void OrvexHostWindow::carryOutWorkbenchCommand(const QString &command, const QSt
     statusBar()->showMessage(OrvexHostCommands::notAvailableMessage(command, args));
 }
 
+bool OrvexHostWindow::showClipboardChooser()
+{
+    return m_workbench && OrvexHoverWidgetPresenter::present(m_workbench->getHoverWidget(), m_workbenchDock);
+}
+
+void OrvexHostWindow::refreshWorkbench()
+{
+    sendCurrentDocIds();
+}
+
 void OrvexHostWindow::updateDocumentCount()
 {
     const int total = m_model->rowCount();
@@ -173,6 +202,9 @@ void OrvexHostWindow::updateDocumentCount()
 void OrvexHostWindow::reload()
 {
     emit reloadRequested();
-    if (m_workbench)
-        m_workbench->updateData();
+    if (!m_workbench)
+        return;
+    // The clipboard list may have changed too, which only the light refresh reloads.
+    sendCurrentDocIds();
+    m_workbench->updateData();
 }

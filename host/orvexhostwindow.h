@@ -6,8 +6,11 @@
 
 class ClassifyInterface;
 class kelArchiveClientInterface;
+class OrvexArchiveWorker;
+class OrvexDocumentListView;
 class OrvexDocumentFilterModel;
 class OrvexDocumentListModel;
+class OrvexSnackbarFilter;
 class QDockWidget;
 class QLabel;
 class TavloDocPluginInterface;
@@ -40,8 +43,13 @@ public:
 
     TavloDocPluginInterface *workbench() const { return m_workbench; }
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
+    OrvexDocumentListView *documentView() const;
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
+
+    // Called when a drag of documents starts from the document list: shows the
+    // workbench's clipboard chooser beside the dock. False without one.
+    bool showClipboardChooser();
 
 signals:
     // The user or the workbench asked for a fresh document list.
@@ -50,6 +58,9 @@ signals:
 public slots:
     // A command raised by the workbench (doCommand).
     void carryOutWorkbenchCommand(const QString &command, const QStringList &args);
+    // The host's data changed (an import, an upload): the workbench's light
+    // refresh, so its tabs and cards follow the archive.
+    void refreshWorkbench();
 
 private:
     // The workbench asks which documents are selected (requestCurrentDocIds).
@@ -62,6 +73,8 @@ private:
     OrvexDocumentFilterModel *m_filterModel;
     QLabel *m_countLabel;
     QLabel *m_userLabel;
+    OrvexSnackbarFilter *m_snackbars;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
+    OrvexArchiveWorker *m_archiveWorker = nullptr;
 };

@@ -1,6 +1,7 @@
 #include "orvexscreenshotjob.h"
 
 #include "orvexdockreadiness.h"
+#include "orvexdockstate.h"
 #include "orvexhostexitcode.h"
 
 #include <QDir>
@@ -13,6 +14,7 @@ OrvexScreenshotJob::OrvexScreenshotJob(QWidget *window, QWidget *dock, const QSt
                                        QObject *parent)
     : QObject(parent)
     , m_window(window)
+    , m_dock(dock)
     , m_fileName(QFileInfo(fileName).absoluteFilePath())
     , m_timeoutMs(timeoutMs)
     , m_readiness(new OrvexDockReadiness(window, dock, this))
@@ -21,6 +23,12 @@ OrvexScreenshotJob::OrvexScreenshotJob(QWidget *window, QWidget *dock, const QSt
     connect(&m_timeout, &QTimer::timeout, this, &OrvexScreenshotJob::giveUp);
     // The last readiness answer may come from inside a page callback: grab on a fresh turn.
     connect(m_readiness, &OrvexDockReadiness::ready, this, [this] { QTimer::singleShot(0, this, &OrvexScreenshotJob::save); });
+}
+
+void OrvexScreenshotJob::setStateFile(const QString &fileName, QWidget *hoverWidget)
+{
+    m_stateFileName = fileName.isEmpty() ? QString() : QFileInfo(fileName).absoluteFilePath();
+    m_hoverWidget = hoverWidget;
 }
 
 void OrvexScreenshotJob::start()
@@ -47,8 +55,24 @@ void OrvexScreenshotJob::save()
                           .arg(QDir::toNativeSeparators(m_fileName), writer.errorString()));
         return;
     }
-    emit finished(int(OrvexHostExitCode::Ok),
-                  tr("Screenshot saved to %1").arg(QDir::toNativeSeparators(m_fileName)));
+    const QString saved = tr("Screenshot saved to %1").arg(QDir::toNativeSeparators(m_fileName));
+    if (m_stateFileName.isEmpty()) {
+        emit finished(int(OrvexHostExitCode::Ok), saved);
+        return;
+    }
+    QPointer<OrvexScreenshotJob> self(this);
+    OrvexDockState::collect(m_dock, m_hoverWidget, [self, saved](const QJsonObject &state) {
+        if (!self)
+            return;
+        QString error;
+        if (!OrvexDockState::write(state, self->m_stateFileName, &error)) {
+            emit self->finished(int(OrvexHostExitCode::ScreenshotFailed), error);
+            return;
+        }
+        emit self->finished(int(OrvexHostExitCode::Ok),
+                            tr("%1, the dock's state to %2")
+                                .arg(saved, QDir::toNativeSeparators(self->m_stateFileName)));
+    });
 }
 
 void OrvexScreenshotJob::giveUp()

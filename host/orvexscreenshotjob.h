@@ -17,6 +17,9 @@ public:
     OrvexScreenshotJob(QWidget *window, QWidget *dock, const QString &fileName, int timeoutMs,
                        QObject *parent = nullptr);
 
+    // With a file name: after the screenshot, also write what the dock shows
+    // (OrvexDockState) as JSON, the hover widget's labels included.
+    void setStateFile(const QString &fileName, QWidget *hoverWidget);
     void start();
 
 signals:
@@ -27,7 +30,10 @@ private:
     void giveUp();
 
     QPointer<QWidget> m_window;
+    QPointer<QWidget> m_dock;
+    QPointer<QWidget> m_hoverWidget;
     QString m_fileName;
+    QString m_stateFileName;
     int m_timeoutMs;
     OrvexDockReadiness *m_readiness;
     QTimer m_timeout;

@@ -26,6 +26,24 @@
         <source>the boards to settle</source>
         <translation>die Kartenseiten</translation>
     </message>
+    <message>
+        <source>&quot;%1&quot;</source>
+        <translation>„%1“</translation>
+    </message>
+    <message numerus="yes">
+        <source>the thumbnails of %1 of %n card(s) on %2</source>
+        <translation>
+            <numerusform>die Vorschaubilder von %1 der %n Karte auf %2</numerusform>
+            <numerusform>die Vorschaubilder von %1 der %n Karten auf %2</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>OrvexDockState</name>
+    <message>
+        <source>Could not write the dock&apos;s state %1: %2</source>
+        <translation>Der Zustand des Docks %1 konnte nicht geschrieben werden: %2</translation>
+    </message>
 </context>
 <context>
     <name>OrvexDocumentListModel</name>
@@ -166,6 +184,14 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
         <source>The timeout must be a positive number of seconds, not &quot;%1&quot;.</source>
         <translation>Die Wartezeit muss eine positive Zahl von Sekunden sein, nicht „%1“.</translation>
     </message>
+    <message>
+        <source>With --screenshot: also write what the workbench dock shows (its tabs, their lock state, cards and thumbnails, the clipboard chooser) as JSON to FILE.</source>
+        <translation>Mit --screenshot: zusätzlich schreiben, was das Zwischenablage-Dock zeigt (seine Reiter, ihre Sperre, Karten und Vorschaubilder, die Zwischenablagen-Auswahl), als JSON in DATEI.</translation>
+    </message>
+    <message>
+        <source>--dump-state needs a file name and --screenshot.</source>
+        <translation>--dump-state braucht einen Dateinamen und --screenshot.</translation>
+    </message>
 </context>
 <context>
     <name>OrvexHostSession</name>
@@ -267,6 +293,10 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
             <numerusform>Kein Bildschirmfoto: nach %n Sekunde Warten auf %1 aufgegeben.</numerusform>
             <numerusform>Kein Bildschirmfoto: nach %n Sekunden Warten auf %1 aufgegeben.</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>%1, the dock&apos;s state to %2</source>
+        <translation>%1, Zustand des Docks in %2</translation>
     </message>
 </context>
 <context>

@@ -10,6 +10,13 @@
             <numerusform>%1 of %n boards to finish loading</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>the thumbnails of %1 of %n card(s) on %2</source>
+        <translation>
+            <numerusform>the thumbnails of %1 of %n card on %2</numerusform>
+            <numerusform>the thumbnails of %1 of %n cards on %2</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>OrvexDocumentListModel</name>

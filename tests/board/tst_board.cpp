@@ -1,12 +1,17 @@
 // The card board with its real page in QtWebEngine: every check reads the DOM
 // back through runJavaScript, against the recording client doubles.
+#include "dropdelivery.h"
 #include "modalanswerer.h"
+#include "orvexmimedata.h"
 #include "orvextranslations.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "qsnackbarevent.h"
 
 #include <QPointer>
+#include <QProgressDialog>
+#include <QTabWidget>
 #include <QSignalSpy>
 #include <QThread>
 #include <QWebEnginePage>
@@ -58,7 +63,43 @@ public:
             watch.note();
         return RecordingClassifyClient::searchDocuments(criteria);
     }
+    std::function<void()> onAdd; // runs inside each addToClipboard
+    bool addToClipboard(QString clipboardId, QString docId, QString docsId) override
+    {
+        if (onAdd)
+            onAdd();
+        return RecordingClassifyClient::addToClipboard(clipboardId, docId, docsId);
+    }
 };
+
+// The snackbar texts the application object receives.
+struct SnackbarCatcher : QObject
+{
+    QStringList texts;
+    SnackbarCatcher() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QSnackbarEvent::snackbarType())
+            texts << static_cast<QSnackbarEvent *>(event)->getText();
+        return false;
+    }
+};
+
+// The program's own data object, or plain data as another process sends it.
+QMimeData *dropData(bool own, bool marker, const QString &docIds, const QString &docsIds)
+{
+    QMimeData *data = own ? new OrvexMimeData : new QMimeData;
+    if (auto *ownData = qobject_cast<OrvexMimeData *>(data)) {
+        ownData->setDocIds(docIds.split(';'));
+        ownData->setDocsIds(docsIds.split(';'));
+    } else { // a NUL ends the text
+        data->setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
+        data->setData("x-application-orvex-docsids", docsIds.toUtf8());
+    }
+    if (marker)
+        data->setData("x-application-orvex", QByteArray());
+    return data;
+}
 
 // Runs a script in the page and waits for its result.
 QVariant js(QWebEngineView *view, const QString &script)
@@ -179,6 +220,9 @@ private slots:
     void stopCancelsQueuedFetches();
     void stopWaitsForRunningUpdate();
     void destroyingMidUpdate();
+    void drops_data();
+    void drops();
+    void holdingADragOverATabSwitchesToIt();
     void germanTexts(); // last: installs the German catalogue for the rest of the process
 
 private:
@@ -837,6 +881,69 @@ void tst_Board::destroyingMidUpdate()
     const int calls = m_classify->log().calls().size();
     QTest::qWait(200);
     QCOMPARE(m_classify->log().calls().size(), calls);
+}
+
+void tst_Board::drops_data()
+{
+    QTest::addColumn<bool>("own"); // else foreign data
+    QTest::addColumn<bool>("writeable");
+    QTest::addColumn<int>("preset"); // cards 500.. on the board before the drop
+    QTest::addColumn<QString>("docIds");
+    QTest::addColumn<QString>("docsIds");
+    QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
+    QTest::addColumn<QStringList>("added");
+    QTest::newRow("own data") << true << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
+    QTest::newRow("read-only") << true << false << 0 << "100" << "500" << 0 << QStringList();
+    QTest::newRow("full board") << true << true << 200 << "900" << "900" << 0 << QStringList();
+    QTest::newRow("duplicate skipped") << true << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
+    QTest::newRow("lists differ") << false << true << 0 << "100" << "500;501" << 0 << QStringList();
+    QTest::newRow("bad ids") << false << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
+    QTest::newRow("cancel keeps") << true << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
+}
+
+void tst_Board::drops()
+{
+    QFETCH(bool, own);
+    QFETCH(bool, writeable);
+    QFETCH(int, preset);
+    QFETCH(QString, docIds);
+    QFETCH(QString, docsIds);
+    QFETCH(int, cancelAt);
+    QFETCH(QStringList, added);
+    const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
+    orvexwbwebview *board = createBoard(writeable);
+    board->setTabText("Work");
+    for (int i = 0; i < preset; ++i)
+        board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
+    m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
+        if (++adds == cancelAt)
+            board->findChild<QProgressDialog *>()->cancel();
+    };
+    SnackbarCatcher snackbar;
+    // Without the marker, even readable ids are not taken.
+    QVERIFY(!deliverDrop(board, std::unique_ptr<QMimeData>(dropData(false, false, "100", "500")).get()));
+    QCOMPARE(deliverDrop(board, std::unique_ptr<QMimeData>(dropData(own, true, docIds, docsIds)).get()), accepted);
+    // The server is asked for exactly the cards that appear, nothing else.
+    QCOMPARE(count("addToClipboard"), added.size());
+    QCOMPARE(board->cardCount(), preset + added.size());
+    for (const QString &id : added)
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+    const QString message = QString("Added %1 document(s) to clipboard Work").arg(added.size());
+    QTRY_COMPARE_WITH_TIMEOUT(snackbar.texts, accepted ? QStringList{message} : QStringList(), kTimeout);
+}
+
+void tst_Board::holdingADragOverATabSwitchesToIt()
+{
+    orvexwbwebview *board = createBoard();
+    QTabWidget tabs;
+    tabs.addTab(new QWidget, "One");
+    tabs.addTab(new QWidget, "Two");
+    tabs.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&tabs));
+    QCursor::setPos(tabs.tabBar()->mapToGlobal(tabs.tabBar()->tabRect(1).center()));
+    board->startDrag();
+    QTRY_COMPARE_WITH_TIMEOUT(tabs.currentIndex(), 1, kTimeout);
+    board->stopDrag();
 }
 
 void tst_Board::germanTexts()

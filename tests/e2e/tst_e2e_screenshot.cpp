@@ -5,6 +5,9 @@
 
 #include <QDir>
 #include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSet>
 #include <QtTest>
 
@@ -21,10 +24,12 @@ void tst_E2eScreenshot::screenshotOfAFreshArchive()
     QTemporaryDir scratch;
     const QString archive = scratch.filePath(QStringLiteral("archive"));
     const QString shot = scratch.filePath(QStringLiteral("demo.png"));
+    const QString state = scratch.filePath(QStringLiteral("demo.json"));
     HostProcess host;
-    const HostProcess::Result result = host.run({QStringLiteral("--archive"), archive, QStringLiteral("--screenshot"),
-                                                 shot, QStringLiteral("--timeout"), QStringLiteral("150")},
-                                                240000);
+    const HostProcess::Result result =
+        host.run({QStringLiteral("--archive"), archive, QStringLiteral("--screenshot"), shot,
+                  QStringLiteral("--dump-state"), state, QStringLiteral("--timeout"), QStringLiteral("150")},
+                 240000);
     QVERIFY2(result.finished && result.exitStatus == QProcess::NormalExit && result.exitCode == 0,
              HostProcess::describe(result).constData());
     QVERIFY2(!HostProcess::messageLine(result.out, shot).isEmpty(), HostProcess::describe(result).constData());
@@ -41,6 +46,26 @@ void tst_E2eScreenshot::screenshotOfAFreshArchive()
             colours.insert(image.pixel(x, y));
     }
     QVERIFY2(colours.size() >= 16, qPrintable(QString::number(colours.size())));
+
+    // The dock shows both sample clipboards, the read-only one locked, and the
+    // first one's cards each with its thumbnail; the chooser offers only the writeable one.
+    QFile file(state);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray json = file.readAll();
+    const QJsonObject dump = QJsonDocument::fromJson(json).object();
+    QHash<QString, QJsonObject> tabs;
+    for (const QJsonValue &tab : dump.value(QStringLiteral("tabs")).toArray())
+        tabs.insert(tab[QStringLiteral("title")].toString(), tab.toObject());
+    const QJsonObject open = tabs.value(QStringLiteral("Offene Rechnungen"));
+    const QJsonObject locked = tabs.value(QStringLiteral("Projekt Nordlicht"));
+    QVERIFY2(open.value(QStringLiteral("current")).toBool() && !open.value(QStringLiteral("locked")).toBool()
+                 && open.value(QStringLiteral("closable")).toBool(),
+             json.constData());
+    QVERIFY2(locked.value(QStringLiteral("locked")).toBool() && !locked.value(QStringLiteral("closable")).toBool(),
+             json.constData());
+    QVERIFY2(open.value(QStringLiteral("cards")).toInt() > 0, json.constData());
+    QCOMPARE(open.value(QStringLiteral("thumbnails")), open.value(QStringLiteral("cards")));
+    QCOMPARE(dump.value(QStringLiteral("chooser")).toArray(), QJsonArray{QStringLiteral("Offene Rechnungen")});
 }
 
 QTEST_GUILESS_MAIN(tst_E2eScreenshot)

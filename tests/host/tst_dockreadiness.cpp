@@ -30,6 +30,7 @@ private slots:
     void cleanup();
 
     void waitsForEveryBoardToLoad();
+    void waitsForCardThumbnails();
     void screenshotShowsTheBoards();
     void screenshotTimesOutWithReason();
 
@@ -106,6 +107,32 @@ void tst_DockReadiness::waitsForEveryBoardToLoad()
                       "<svg xmlns='http://www.w3.org/2000/svg' width='8' height='8'/>");
         socket->disconnectFromHost();
     }
+    QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, 15000);
+}
+
+void tst_DockReadiness::waitsForCardThumbnails()
+{
+    // Two cards as a board shows them: one thumbnail arrived, one not yet sent.
+    QByteArray png;
+    QBuffer buffer(&png);
+    QImage(8, 8, QImage::Format_RGB32).save(&buffer, "PNG");
+    const QString thumbnail = QStringLiteral("data:image/png;base64,") + QString::fromLatin1(png.toBase64());
+    QWebEngineView *board = addBoard(QStringLiteral("<html><body><div id='overview'>"
+                                                    "<section data-docsid='7'><img id='img-7' src='%1'></section>"
+                                                    "<section data-docsid='8'><img id='img-8'></section>"
+                                                    "</div></body></html>")
+                                         .arg(thumbnail));
+    m_tabs->setTabText(0, QStringLiteral("Inbox"));
+    m_window->show();
+
+    OrvexDockReadiness readiness(m_window, m_dock);
+    QSignalSpy ready(&readiness, &OrvexDockReadiness::ready);
+    readiness.start(50);
+    QTRY_COMPARE_WITH_TIMEOUT(readiness.pendingDescription(),
+                              QStringLiteral("the thumbnails of 1 of 2 cards on \"Inbox\""), 15000);
+    QTest::qWait(500);
+    QCOMPARE(ready.count(), 0);
+    board->page()->runJavaScript(QStringLiteral("document.getElementById('img-8').src = '%1';").arg(thumbnail));
     QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, 15000);
 }
 

@@ -1,17 +1,24 @@
 // The host's main window with the real workbench plugin module: first with
 // recording doubles as the clients, then as a whole session on a fresh archive.
+#include "dropdelivery.h"
 #include "orvexarchive.h"
 #include "orvexarchiveclient.h"
+#include "orvexclipboardlabel.h"
+#include "orvexdocumentlistview.h"
 #include "orvexhostcommands.h"
 #include "orvexhostoptions.h"
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
+#include "orvexmimedata.h"
+#include "orvexthemewriter.h"
+#include "orvexwbwebview.h"
 #include "orvexworkbenchdock.h"
 #include "orvexworkbenchloader.h"
 #include "orvexworkbenchtab.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "qsnackbarevent.h"
 #include "tavlodocplugininterface.h"
 
 #include <QDockWidget>
@@ -22,6 +29,7 @@
 #include <QPdfWriter>
 #include <QStatusBar>
 #include <QTableView>
+#include <QWebEnginePage>
 #include <QtTest>
 
 static OrvexArchiveDocument doc(qlonglong id, const QString &title)
@@ -50,7 +58,11 @@ private slots:
     void commandsAreShownInTheStatusBar_data();
     void commandsAreShownInTheStatusBar();
     void filterEditFiltersTheList();
+    void documentDragShowsTheChooser();
+    void snackbarTextsAreShownForAWhile();
+    void themeColourReachesTheChooser();
     void sessionOnAFreshArchive();
+    void dragFromTheListOntoABoard();
     void germanTexts(); // last: installs translators for the rest of the process
 
 private:
@@ -157,6 +169,52 @@ void tst_HostWindow::filterEditFiltersTheList()
     QCOMPARE(m_window->selectedDocumentIds(), QList<qlonglong>{10});
 }
 
+void tst_HostWindow::documentDragShowsTheChooser()
+{
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    QWidget *chooser = m_plugin->getHoverWidget();
+    QVERIFY(chooser && !chooser->isVisible());
+    QVERIFY(m_window->showClipboardChooser());
+    QVERIFY(chooser->isVisible());
+    // Beside the dock, not over the boards the documents may be dropped on.
+    const QWidget *dock = m_window->workbenchDock();
+    QVERIFY(!chooser->geometry().intersects(QRect(dock->mapToGlobal(QPoint()), dock->size())));
+    // Shown through its own show(): with nobody over it, it hides itself again.
+    QTRY_VERIFY_WITH_TIMEOUT(!chooser->isVisible(), 15000);
+}
+
+void tst_HostWindow::snackbarTextsAreShownForAWhile()
+{
+    m_window->show();
+    const QString text = QStringLiteral("Added 2 document(s) to clipboard Inbox");
+    QSnackbarEvent(text).send();
+    QTRY_COMPARE(m_window->statusBar()->currentMessage(), text);
+    QTRY_VERIFY_WITH_TIMEOUT(m_window->statusBar()->currentMessage().isEmpty(), 15000);
+}
+
+void tst_HostWindow::themeColourReachesTheChooser()
+{
+    const orvexclipboardlabel reader(QStringLiteral("Inbox"), nullptr);
+    const QPalette original = QApplication::palette();
+    {
+        OrvexThemeWriter theme;
+        QVERIFY2(theme.followApplicationPalette(), qPrintable(theme.errorString()));
+        QCOMPARE(reader.getCurrentTheme(), original.color(QPalette::Highlight).name());
+        QPalette palette = original;
+        palette.setColor(QPalette::Highlight, QColor(0x8b, 0, 0));
+        QApplication::setPalette(palette);
+        QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#8b0000"));
+        QApplication::setPalette(original);
+        // A second writer in the process finds the segment taken and writes into it.
+        OrvexThemeWriter second;
+        QVERIFY2(second.write(QColor(0xff, 0xcc, 0)), qPrintable(second.errorString()));
+        QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#ffcc00"));
+    }
+    // Gone with its writers: no stale colour is left behind.
+    QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#308cc6"));
+}
+
 void tst_HostWindow::sessionOnAFreshArchive()
 {
     QTemporaryDir scratch;
@@ -179,8 +237,72 @@ void tst_HostWindow::sessionOnAFreshArchive()
         QPainter painter(&writer);
         painter.drawText(QPointF(200, 200), QStringLiteral("A letter for the host"));
     }
-    QVERIFY(session.archive()->importFile(pdf, QStringLiteral("Letter for the host")));
+    // A clipboard made elsewhere shows up with the import's refresh.
+    auto *tabs = session.window()->findChild<orvexworkbenchtab *>();
+    session.window()->show();
+    orvexwbwebview *board = tabs->boardAt(tabs->currentIndex());
+    QTRY_VERIFY_WITH_TIMEOUT(board->cardCount() > 0, 15000);
+    const int clipboards = tabs->count();
+    const int cards = board->cardCount();
+    QVERIFY(!session.archive()->classifyClient()->createClipboard(QStringLiteral("Made elsewhere")).isEmpty());
+    const qlonglong imported = session.archive()->importFile(pdf, QStringLiteral("Letter for the host"));
+    QVERIFY(imported > 0);
     QTRY_COMPARE(listed(session.window()), documents + 1);
+    QTRY_COMPARE(tabs->count(), clipboards + 1);
+
+    // A card added elsewhere shows up with the host's Reload.
+    qlonglong docsId = 0;
+    for (const OrvexArchiveDocument &document : session.archive()->documents())
+        docsId = document.id == imported ? document.docsId : docsId;
+    QVERIFY(session.archive()->classifyClient()->addToClipboard(board->getId(), QString::number(imported),
+                                                                 QString::number(docsId)));
+    session.window()->findChild<QAction *>(QStringLiteral("actionReload"))->trigger();
+    QTRY_COMPARE_WITH_TIMEOUT(board->cardCount(), cards + 1, 15000);
+}
+
+// Documents dragged from the list of a running host become entries on the
+// archive server and cards in the board's page.
+void tst_HostWindow::dragFromTheListOntoABoard()
+{
+    QTemporaryDir scratch;
+    OrvexHostOptions options = OrvexHostOptions::parse({QStringLiteral("orvexhost")});
+    options.archiveFolder = scratch.filePath(QStringLiteral("archive"));
+    OrvexHostSession session;
+    QVERIFY2(session.start(options), qPrintable(session.errorString()));
+    session.window()->show();
+    orvexwbwebview *board = nullptr;
+    for (orvexwbwebview *candidate : session.window()->findChildren<orvexwbwebview *>())
+        board = candidate->isWriteable() ? candidate : board;
+    QVERIFY(board);
+    QList<qlonglong> ids; // three documents not yet on the board
+    for (const OrvexArchiveDocument &document : session.archive()->documents()) {
+        if (document.readable && !board->cardIds().contains(QString::number(document.docsId)) && ids.size() < 3)
+            ids << document.id;
+    }
+    session.window()->selectDocuments(ids);
+    OrvexDocumentListView *list = session.window()->documentView();
+    list->setChosenVersion(ids.at(1), 2);
+    std::unique_ptr<OrvexMimeData> data(list->createSelectionMimeData());
+    QVERIFY(data);
+    const QStringList docIds = data->getDocIds(), docsIds = data->getDocsIds();
+    QCOMPARE(docIds.size(), 3);
+    QCOMPARE(data->getDocsIdsFromMimeData().value(2), docsIds.at(2).toLongLong());
+    QVERIFY(data->urls().contains(QUrl(QString::number(ids.at(1)) + QStringLiteral(";2"))));
+    QVERIFY(data->getBemerkungen().contains(QString::number(ids.at(1)) + QStringLiteral("#2")));
+    QVERIFY(data->getArchiveWorker() && data->getClassifyClient() == session.archive()->classifyClient());
+
+    QVERIFY(deliverDrop(board, data.get(), board->rect().center()));
+    QStringList entries, comments;
+    QVERIFY(session.archive()->classifyClient()->getClipboardDocuments(board->getId(), entries, comments));
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(entries.contains(docIds.at(i) + QChar(0xFEFF) + docsIds.at(i)));
+    const QString script = QStringLiteral("['%1'].map(function(id){return $('#main-' + id).text();}).join(';')")
+                               .arg(docsIds.join(QStringLiteral("','")));
+    auto shown = std::make_shared<QString>(); // outlives the page's late answers
+    QTRY_COMPARE_WITH_TIMEOUT(([&] {
+        board->page()->runJavaScript(script, [shown](const QVariant &text) { *shown = text.toString(); });
+        return *shown;
+    }()), docIds.join(QLatin1Char(';')), 20000);
 }
 
 void tst_HostWindow::germanTexts()
