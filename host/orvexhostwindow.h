@@ -8,6 +8,7 @@ class ClassifyInterface;
 class kelArchiveClientInterface;
 class OrvexArchiveWorker;
 class OrvexDocumentListView;
+class OrvexHostUploader;
 class OrvexDocumentFilterModel;
 class OrvexDocumentListModel;
 class OrvexSnackbarFilter;
@@ -44,6 +45,8 @@ public:
     TavloDocPluginInterface *workbench() const { return m_workbench; }
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
     OrvexDocumentListView *documentView() const;
+    // Archives files picked or dropped onto the list; nullptr before installWorkbench.
+    OrvexHostUploader *uploader() const { return m_uploader; }
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
@@ -66,6 +69,8 @@ private:
     // The workbench asks which documents are selected (requestCurrentDocIds).
     void sendCurrentDocIds();
     void updateDocumentCount();
+    // After an upload: the list reloaded with the new documents selected.
+    void showArchivedDocuments(const QList<qlonglong> &docIds, const QString &summary);
     void reload();
 
     Ui::OrvexHostWindow *ui;
@@ -77,4 +82,5 @@ private:
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
     OrvexArchiveWorker *m_archiveWorker = nullptr;
+    OrvexHostUploader *m_uploader = nullptr;
 };
