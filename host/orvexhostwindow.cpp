@@ -92,6 +92,9 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
                                                const OrvexConnectionValues &connection)
 {
     m_workbench = plugin;
+    m_commands = new OrvexHostCommands(classifyClient, connection, this);
+    connect(m_commands, &OrvexHostCommands::message, this,
+            [this](const QString &text) { statusBar()->showMessage(text); });
     connect(plugin, &TavloDocPluginInterface::doCommand, this, &OrvexHostWindow::carryOutWorkbenchCommand);
     connect(plugin, &TavloDocPluginInterface::requestCurrentDocIds, this, &OrvexHostWindow::sendCurrentDocIds);
     connect(plugin, &TavloDocPluginInterface::refreshParent, this, &OrvexHostWindow::reloadRequested);
@@ -181,10 +184,12 @@ void OrvexHostWindow::selectDocuments(const QList<qlonglong> &ids)
 
 void OrvexHostWindow::carryOutWorkbenchCommand(const QString &command, const QStringList &args)
 {
-    // None of the commands is carried out by this host yet; the message stays
-    // until the next one replaces it, and the log keeps every one.
+    // The outcome stays in the status bar until the next message; the log keeps every command.
     qCInfo(lcHost).noquote() << "COMMAND" << command << args.join(QStringLiteral(", "));
-    statusBar()->showMessage(OrvexHostCommands::notAvailableMessage(command, args));
+    if (m_commands)
+        m_commands->carryOut(command, args);
+    else
+        statusBar()->showMessage(OrvexHostCommands::describe(command, args));
 }
 
 bool OrvexHostWindow::showClipboardChooser()

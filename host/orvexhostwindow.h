@@ -10,6 +10,7 @@ class OrvexArchiveWorker;
 class OrvexDocumentListView;
 class OrvexHostUploader;
 class OrvexDocumentFilterModel;
+class OrvexHostCommands;
 class OrvexDocumentListModel;
 class OrvexSnackbarFilter;
 class QDockWidget;
@@ -47,6 +48,8 @@ public:
     OrvexDocumentListView *documentView() const;
     // Archives files picked or dropped onto the list; nullptr before installWorkbench.
     OrvexHostUploader *uploader() const { return m_uploader; }
+    // Carries out the workbench's commands; null until the workbench is installed.
+    OrvexHostCommands *commands() const { return m_commands; }
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
@@ -83,4 +86,5 @@ private:
     QDockWidget *m_workbenchDock = nullptr;
     OrvexArchiveWorker *m_archiveWorker = nullptr;
     OrvexHostUploader *m_uploader = nullptr;
+    OrvexHostCommands *m_commands = nullptr;
 };

@@ -8,7 +8,6 @@ file(GLOB_RECURSE ORVEX_RESOURCE_FILES CONFIGURE_DEPENDS ${ORVEX_RESOURCES_DIR}/
 # Page libraries: alias => file below node_modules. Extend the list when the
 # page needs more; a missing file stops the configure step with a clear message.
 set(ORVEX_PAGE_LIBRARIES
-  "material/jquery.min.js=jquery/dist/jquery.min.js"
   "material/jquery-3.1.0.min.js=jquery/dist/jquery.min.js"
   "material/material.min.js=material-design-lite/material.min.js"
   "material/material.min.css=material-design-lite/material.min.css"

@@ -2,6 +2,21 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>OrvexClassificationDialog</name>
+    <message>
+        <source>Classification</source>
+        <translation>Klassifikation</translation>
+    </message>
+    <message>
+        <source>Field</source>
+        <translation>Feld</translation>
+    </message>
+    <message>
+        <source>Value</source>
+        <translation>Wert</translation>
+    </message>
+</context>
+<context>
     <name>OrvexDockReadiness</name>
     <message>
         <source>the window was closed</source>
@@ -120,8 +135,148 @@
         <translation>Unbekannter Befehl %1 (%2)</translation>
     </message>
     <message>
-        <source>%1: not available in this host yet</source>
-        <translation>%1: in diesem Host noch nicht verfügbar</translation>
+        <source>The clipboard holds no documents.</source>
+        <translation>Die Zwischenablage enthält keine Dokumente.</translation>
+    </message>
+    <message>
+        <source>Unknown card</source>
+        <translation>Unbekannte Karte</translation>
+    </message>
+    <message>
+        <source>The archive knows no document for the card(s) %1.</source>
+        <translation>Das Archiv kennt kein Dokument zu Karte(n) %1.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Skipped %n card(s) the archive does not know: %1.</source>
+        <translation>
+            <numerusform>%n Karte, die das Archiv nicht kennt, übersprungen: %1.</numerusform>
+            <numerusform>%n Karten, die das Archiv nicht kennt, übersprungen: %1.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Archive</source>
+        <translation>Archiv</translation>
+    </message>
+    <message>
+        <source>The archive could not be reached: %1</source>
+        <translation>Das Archiv ist nicht erreichbar: %1</translation>
+    </message>
+    <message>
+        <source>Open document</source>
+        <translation>Dokument öffnen</translation>
+    </message>
+    <message>
+        <source>The archive knows no document %1 (card %2).</source>
+        <translation>Das Archiv kennt das Dokument %1 nicht (Karte %2).</translation>
+    </message>
+    <message>
+        <source>Opening document %1 was canceled.</source>
+        <translation>Das Öffnen von Dokument %1 wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>The document %1 could not be opened: %2</source>
+        <translation>Das Dokument %1 konnte nicht geöffnet werden: %2</translation>
+    </message>
+    <message>
+        <source>Opened %1 in the viewer.</source>
+        <translation>%1 im Betrachter geöffnet.</translation>
+    </message>
+    <message>
+        <source>Document</source>
+        <translation>Dokument</translation>
+    </message>
+    <message>
+        <source>Entry</source>
+        <translation>Eintrag</translation>
+    </message>
+    <message>
+        <source>Title</source>
+        <translation>Titel</translation>
+    </message>
+    <message>
+        <source>Type</source>
+        <translation>Typ</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <source>File name</source>
+        <translation>Dateiname</translation>
+    </message>
+    <message>
+        <source>Status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <source>Pages</source>
+        <translation>Seiten</translation>
+    </message>
+    <message>
+        <source>Field %1</source>
+        <translation>Feld %1</translation>
+    </message>
+    <message>
+        <source>The command names no card.</source>
+        <translation>Der Befehl nennt keine Karte.</translation>
+    </message>
+    <message>
+        <source>Classification of document %1</source>
+        <translation>Klassifikation von Dokument %1</translation>
+    </message>
+    <message>
+        <source>Export documents to</source>
+        <translation>Dokumente exportieren nach</translation>
+    </message>
+    <message>
+        <source>Export canceled.</source>
+        <translation>Export abgebrochen.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Export canceled after %n document(s).</source>
+        <translation>
+            <numerusform>Export nach %n Dokument abgebrochen.</numerusform>
+            <numerusform>Export nach %n Dokumenten abgebrochen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Export documents</source>
+        <translation>Dokumente exportieren</translation>
+    </message>
+    <message>
+        <source>The documents could not be exported: %1</source>
+        <translation>Die Dokumente konnten nicht exportiert werden: %1</translation>
+    </message>
+    <message>
+        <source>No document was exported.</source>
+        <translation>Es wurde kein Dokument exportiert.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Exported %n document(s) to %1.</source>
+        <translation>
+            <numerusform>%n Dokument nach %1 exportiert.</numerusform>
+            <numerusform>%n Dokumente nach %1 exportiert.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Mailing canceled.</source>
+        <translation>E-Mail-Versand abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Mail documents</source>
+        <translation>Dokumente per E-Mail versenden</translation>
+    </message>
+    <message>
+        <source>The documents could not be fetched for the e-mail: %1</source>
+        <translation>Die Dokumente für die E-Mail konnten nicht geholt werden: %1</translation>
+    </message>
+    <message numerus="yes">
+        <source>Handed %n document(s) to the mail program.</source>
+        <translation>
+            <numerusform>%n Dokument an das E-Mail-Programm übergeben.</numerusform>
+            <numerusform>%n Dokumente an das E-Mail-Programm übergeben.</numerusform>
+        </translation>
     </message>
 </context>
 <context>

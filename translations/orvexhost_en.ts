@@ -44,6 +44,34 @@
             <numerusform>Mail %n documents</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>Skipped %n card(s) the archive does not know: %1.</source>
+        <translation>
+            <numerusform>Skipped %n card the archive does not know: %1.</numerusform>
+            <numerusform>Skipped %n cards the archive does not know: %1.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Export canceled after %n document(s).</source>
+        <translation>
+            <numerusform>Export canceled after %n document.</numerusform>
+            <numerusform>Export canceled after %n documents.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Exported %n document(s) to %1.</source>
+        <translation>
+            <numerusform>Exported %n document to %1.</numerusform>
+            <numerusform>Exported %n documents to %1.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Handed %n document(s) to the mail program.</source>
+        <translation>
+            <numerusform>Handed %n document to the mail program.</numerusform>
+            <numerusform>Handed %n documents to the mail program.</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>OrvexHostUploader</name>

@@ -1,9 +1,7 @@
-// The host's document list (filter and sort) and the texts of workbench
-// commands, without a window.
+// The host's document list (filter and sort), without a window.
 #include "orvexarchive.h"
 #include "orvexdocumentfiltermodel.h"
 #include "orvexdocumentlistmodel.h"
-#include "orvexhostcommands.h"
 #include "orvexhosttranslations.h"
 
 #include <QtTest>
@@ -33,8 +31,6 @@ private slots:
     void filter();
     void sorting_data();
     void sorting();
-    void commandTexts_data();
-    void commandTexts();
 
 private:
     Model m_model;
@@ -112,35 +108,6 @@ void tst_HostLogic::sorting()
 
     m_proxy.sort(column, order);
     QCOMPARE(idsInViewOrder(m_proxy), expected);
-}
-
-void tst_HostLogic::commandTexts_data()
-{
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QString>("message");
-
-    const QString notYet = QStringLiteral(": not available in this host yet");
-    QTest::newRow("open") << QStringLiteral("OPENDOC")
-                          << QStringList{QStringLiteral("12"), QStringLiteral("note"), QStringLiteral("7")}
-                          << QStringLiteral("Open document 12") + notYet;
-    QTest::newRow("export") << QStringLiteral("EXPORTDOCS")
-                            << QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}
-                            << QStringLiteral("Export 3 documents") + notYet;
-    QTest::newRow("mail one") << QStringLiteral("MAILDOCS") << QStringList{QStringLiteral("1")}
-                              << QStringLiteral("Mail 1 document") + notYet;
-    QTest::newRow("unknown") << QStringLiteral("PRINTDOCS") << QStringList{QStringLiteral("1"), QStringLiteral("2")}
-                             << QStringLiteral("Unknown command PRINTDOCS (1, 2)");
-    QTest::newRow("lower case is another word") << QStringLiteral("opendoc") << QStringList()
-                                                << QStringLiteral("Unknown command opendoc");
-}
-
-void tst_HostLogic::commandTexts()
-{
-    QFETCH(QString, command);
-    QFETCH(QStringList, args);
-    QFETCH(QString, message);
-    QCOMPARE(OrvexHostCommands::notAvailableMessage(command, args), message);
 }
 
 QTEST_MAIN(tst_HostLogic)

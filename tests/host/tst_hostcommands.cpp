@@ -1,0 +1,192 @@
+// The workbench's four commands carried out by the host on a fresh sample
+// archive, with the archive worker loading the archive's client library.
+#include "../transfer/sequenceanswerer.h"
+#include "classifyinterface.h"
+#include "modalanswerer.h"
+#include "orvexarchive.h"
+#include "orvexclassificationdialog.h"
+#include "orvexhostcommands.h"
+
+#include <QDesktopServices>
+#include <QtTest>
+
+class tst_HostCommands : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The desktop's viewer, as far as the tests are concerned.
+    Q_INVOKABLE void openUrl(const QUrl &url) { m_opened << url; }
+
+private slots:
+    void initTestCase();
+    void exportAsksForAFolderAndBeforeOverwriting();
+    void mailHandsTheFilesToTheMailCommand();
+    void openShowsAnExportedFile();
+    void classificationShowsTheFields();
+    void unknownCardsAreTold_data();
+    void unknownCardsAreTold();
+
+private:
+    QStringList fileNames(const QStringList &paths) const;
+
+    QTemporaryDir m_scratch;
+    OrvexArchive m_archive;
+    QWidget m_window;
+    OrvexHostCommands *m_commands = nullptr; // the window's child
+    QStringList m_cards;                     // a clipboard's cards
+    QStringList m_expectedNames;             // the archive's file names of their documents
+    QMap<QString, OrvexArchiveDocument> m_documents;
+    QList<QUrl> m_opened;
+};
+
+void tst_HostCommands::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    const QString folder = m_scratch.filePath(QStringLiteral("archive"));
+    qputenv(OrvexArchive::FolderVariable, QFile::encodeName(folder)); // for the worker's own client
+    QVERIFY2(m_archive.open(folder), qPrintable(m_archive.lastError()));
+    for (const OrvexArchiveDocument &document : m_archive.documents())
+        m_documents.insert(QString::number(document.id), document);
+
+    ClassifyInterface *classify = m_archive.classifyClient();
+    QList<QPair<QString, QString>> clipboards;
+    classify->getClipboards(clipboards);
+    QStringList entries, notes;
+    for (const auto &clipboard : clipboards) {
+        if (clipboard.second.startsWith(QStringLiteral("Offene Rechnungen")))
+            QVERIFY(classify->getClipboardDocuments(clipboard.first, entries, notes));
+    }
+    QVERIFY(entries.size() > 2);
+    for (const QString &entry : entries) {
+        m_cards << entry.section(QChar(0xFEFF), 1, 1);
+        m_expectedNames << m_documents.value(entry.section(QChar(0xFEFF), 0, 0)).fileName;
+    }
+    m_expectedNames.sort();
+    m_commands = new OrvexHostCommands(classify, m_archive.connectionValues(), &m_window);
+}
+
+QStringList tst_HostCommands::fileNames(const QStringList &paths) const
+{
+    QStringList names;
+    for (const QString &path : paths) {
+        if (QFileInfo::exists(path))
+            names << QFileInfo(path).fileName();
+    }
+    names.sort();
+    return names;
+}
+
+void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
+{
+    QDir target(m_scratch.filePath(QStringLiteral("export")));
+    QVERIFY(target.mkpath(QStringLiteral(".")));
+    QString answer = target.path();
+    m_commands->setFolderChooser([&answer](QWidget *, const QString &, const QString &) { return answer; });
+    QSignalSpy messages(m_commands, &OrvexHostCommands::message);
+    {
+        SequenceAnswerer dialogs({SequenceAnswerer::press(QMessageBox::Ok)}); // the file names
+        QVERIFY(m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards + QStringList{QStringLiteral("99999")}));
+        QCOMPARE(dialogs.seen().size(), 1);
+    }
+    QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
+    QVERIFY2(messages.last().at(0).toString().contains(QStringLiteral("99999")), "the unknown card is named");
+
+    // Again into the same folder: every file is offered for overwriting, and No keeps it.
+    QFile mine(target.filePath(m_expectedNames.first()));
+    QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("mine") == 4);
+    mine.close();
+    {
+        SequenceAnswerer dialogs({SequenceAnswerer::press(QMessageBox::Ok)});
+        QVERIFY(m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards));
+        QCOMPARE(dialogs.seen().size(), 1 + m_expectedNames.size());
+        QCOMPARE(dialogs.seen().last().title, QStringLiteral("File exists"));
+    }
+    QCOMPARE(mine.size(), 4);
+
+    answer.clear(); // the user cancels the folder question
+    QVERIFY(!m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards));
+    QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
+}
+
+void tst_HostCommands::mailHandsTheFilesToTheMailCommand()
+{
+    const QString recorded = m_scratch.filePath(QStringLiteral("mail-arguments.txt"));
+    QFile script(m_scratch.filePath(QStringLiteral("mail.sh")));
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write(QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1'\n").arg(recorded).toUtf8());
+    script.close();
+    script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
+    QSettings().setValue(QLatin1String(OrvexHostCommands::MailCommandKey), script.fileName() + QStringLiteral(" %1"));
+
+    QVERIFY(m_commands->carryOut(QStringLiteral("MAILDOCS"), m_cards));
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(recorded).size() > 0, 15000);
+    QFile arguments(recorded);
+    QVERIFY(arguments.open(QIODevice::ReadOnly));
+    // One argument: the attachments, comma-joined, each present under its archive name.
+    QCOMPARE(fileNames(QString::fromUtf8(arguments.readAll()).trimmed().split(QLatin1Char(','))), m_expectedNames);
+}
+
+void tst_HostCommands::openShowsAnExportedFile()
+{
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
+    const QStringList fields = m_archive.classifyClient()->getCardInfo(m_cards.first(), QString());
+    QVERIFY(m_commands->carryOut(QStringLiteral("OPENDOC"), {fields.at(0), QStringLiteral("a note"), m_cards.first()}));
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    QCOMPARE(m_opened.size(), 1);
+    QVERIFY(m_opened.first().isLocalFile());
+    QCOMPARE(fileNames({m_opened.first().toLocalFile()}), QStringList{m_documents.value(fields.at(0)).fileName});
+}
+
+void tst_HostCommands::classificationShowsTheFields()
+{
+    QList<QPair<QString, QString>> shown;
+    ModalAnswerer answer([&shown](QWidget *modal) {
+        auto *dialog = qobject_cast<OrvexClassificationDialog *>(modal);
+        if (dialog)
+            shown = dialog->fields();
+        modal->close();
+    });
+    QVERIFY(m_commands->carryOut(QStringLiteral("SHOWCLASSIFICATION"), {m_cards.first()}));
+    const QString docId = m_archive.classifyClient()->getCardInfo(m_cards.first(), QString()).value(0);
+    const OrvexArchiveDocument document = m_documents.value(docId);
+    QVERIFY(shown.contains({QStringLiteral("Title"), document.title}));
+    QVERIFY(shown.contains({QStringLiteral("Type"), document.typeName})); // the name, not the key
+    QVERIFY(shown.contains({QStringLiteral("Status"), document.statusName}));
+    QVERIFY(shown.contains({QStringLiteral("Entry"), m_cards.first()}));
+}
+
+void tst_HostCommands::unknownCardsAreTold_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("told");
+
+    QTest::newRow("classification") << QStringLiteral("SHOWCLASSIFICATION") << QStringList{QStringLiteral("99999")}
+                                    << QStringLiteral("The archive knows no document for the card(s) 99999.");
+    QTest::newRow("classification without card") << QStringLiteral("SHOWCLASSIFICATION") << QStringList()
+                                                 << QStringLiteral("The command names no card.");
+    QTest::newRow("export, ids that are no numbers")
+        << QStringLiteral("EXPORTDOCS") << QStringList{QStringLiteral("abc"), QStringLiteral("-3")}
+        << QStringLiteral("The archive knows no document for the card(s) abc, -3.");
+    QTest::newRow("mail") << QStringLiteral("MAILDOCS") << QStringList{QStringLiteral("99999")}
+                          << QStringLiteral("The archive knows no document for the card(s) 99999.");
+    QTest::newRow("open") << QStringLiteral("OPENDOC")
+                          << QStringList{QStringLiteral("99999"), QString(), QStringLiteral("99999")}
+                          << QStringLiteral("The document 99999 could not be opened: ");
+}
+
+void tst_HostCommands::unknownCardsAreTold()
+{
+    QFETCH(QString, command);
+    QFETCH(QStringList, args);
+    QFETCH(QString, told);
+
+    ModalAnswerer answer(QMessageBox::Ok);
+    QVERIFY(!m_commands->carryOut(command, args));
+    QVERIFY(answer.answered());
+    QVERIFY2(answer.seenText().startsWith(told), qPrintable(answer.seenText()));
+}
+
+QTEST_MAIN(tst_HostCommands)
+#include "tst_hostcommands.moc"
