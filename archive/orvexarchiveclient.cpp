@@ -2,12 +2,15 @@
 
 #include "orvexarchive.h"
 #include "orvexarchivestore.h"
+#include "orvexcontenthash.h"
 #include "orvexpdftools.h"
 
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QHostInfo>
@@ -17,8 +20,11 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QThread>
 #include <QUuid>
 #include <QVariant>
+
+#include <memory>
 
 namespace {
 const QChar kInfoSep(0xFFFD);
@@ -115,9 +121,9 @@ void OrvexArchiveClient::setChunkSize(int bytes)
 bool OrvexArchiveClient::requireConnection()
 {
     if (!m_store || !m_store->isOpen())
-        return fail(QStringLiteral("No archive is open"));
+        return fail(tr("No archive is open"));
     if (!isConnected())
-        return fail(QStringLiteral("Not connected to the archive"));
+        return fail(tr("Not connected to the archive"));
     return true;
 }
 
@@ -142,7 +148,7 @@ bool OrvexArchiveClient::openConnection(QString server, int port)
 {
     resetConnection();
     if (!m_store || !m_store->isOpen())
-        return fail(QStringLiteral("No archive is open"));
+        return fail(tr("No archive is open"));
     const QString expected = m_store->setting(QStringLiteral("server"));
     QStringList accepted{expected};
     if (expected.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0)
@@ -152,7 +158,7 @@ bool OrvexArchiveClient::openConnection(QString server, int port)
         serverOk = serverOk || name.compare(server.trimmed(), Qt::CaseInsensitive) == 0;
     const int expectedPort = m_store->setting(QStringLiteral("port")).toInt();
     if (!serverOk || port != expectedPort)
-        return fail(QStringLiteral("Cannot connect to %1:%2 (the archive runs on %3:%4)")
+        return fail(tr("Cannot connect to %1:%2 (the archive runs on %3:%4)")
                         .arg(server).arg(port).arg(expected).arg(expectedPort));
     QMutexLocker locker(&m_mutex);
     m_server = server;
@@ -181,7 +187,7 @@ bool OrvexArchiveClient::getArchiveNames(QStringList &names)
     {
         QMutexLocker locker(&m_mutex);
         if (!m_open) {
-            m_lastError = QStringLiteral("Not connected to the archive");
+            m_lastError = tr("Not connected to the archive");
             return false;
         }
     }
@@ -194,7 +200,7 @@ bool OrvexArchiveClient::logIn(QString login1, QString login2, QString login3)
     {
         QMutexLocker locker(&m_mutex);
         if (!m_open) {
-            m_lastError = QStringLiteral("Log in needs an open connection");
+            m_lastError = tr("Log in needs an open connection");
             return false;
         }
         m_user.clear();
@@ -202,7 +208,7 @@ bool OrvexArchiveClient::logIn(QString login1, QString login2, QString login3)
     }
     const QString tenant = m_store->setting(QStringLiteral("tenant"));
     if (!m_store->checkPassword(login1, login2) || login3 != tenant)
-        return fail(QStringLiteral("Login failed for %1: unknown user, wrong password or tenant").arg(login1));
+        return fail(tr("Login failed for %1: unknown user, wrong password or tenant").arg(login1));
     QMutexLocker locker(&m_mutex);
     m_user = login1;
     return true;
@@ -213,12 +219,12 @@ bool OrvexArchiveClient::selectArchive(QString archiveName)
     {
         QMutexLocker locker(&m_mutex);
         if (!m_open || m_user.isEmpty()) {
-            m_lastError = QStringLiteral("Selecting an archive needs a login");
+            m_lastError = tr("Selecting an archive needs a login");
             return false;
         }
     }
     if (archiveName != m_store->setting(QStringLiteral("archive_name")))
-        return fail(QStringLiteral("Unknown archive %1").arg(archiveName));
+        return fail(tr("Unknown archive %1").arg(archiveName));
     QMutexLocker locker(&m_mutex);
     m_archive = archiveName;
     return true;
@@ -231,9 +237,9 @@ bool OrvexArchiveClient::versionFile(qlonglong docId, int version, VersionFile &
     if (!db.isOpen())
         return fail(error);
     if (!m_store->documentExists(docId))
-        return fail(QStringLiteral("Unknown document %1").arg(docId));
+        return fail(tr("Unknown document %1").arg(docId));
     if (!m_store->mayRead(user(), docId))
-        return fail(QStringLiteral("%1 may not read document %2").arg(user()).arg(docId));
+        return fail(tr("%1 may not read document %2").arg(user()).arg(docId));
     QSqlQuery query(db);
     query.prepare(QStringLiteral("SELECT v.file, d.file_name, v.version, v.pages, v.size FROM documents d "
                                  "JOIN versions v ON v.doc_id = d.id "
@@ -244,7 +250,7 @@ bool OrvexArchiveClient::versionFile(qlonglong docId, int version, VersionFile &
     if (!exec(query, error))
         return fail(error);
     if (!query.next())
-        return fail(QStringLiteral("Document %1 has no version %2").arg(docId).arg(version));
+        return fail(tr("Document %1 has no version %2").arg(docId).arg(version));
     file.path = m_store->filesPath() + QLatin1Char('/') + query.value(0).toString();
     file.fileName = query.value(1).toString();
     file.version = query.value(2).toInt();
@@ -253,14 +259,14 @@ bool OrvexArchiveClient::versionFile(qlonglong docId, int version, VersionFile &
     return true;
 }
 
-bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qint64 total)
+bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash)
 {
     QFile source(from);
-    if (!source.open(QIODevice::ReadOnly))
-        return fail(QStringLiteral("Cannot read %1: %2").arg(from, source.errorString()));
+    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return fail(tr("Cannot read %1: %2").arg(from, source.errorString()));
     QFile target(to);
-    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return fail(QStringLiteral("Cannot write %1: %2").arg(to, target.errorString()));
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return fail(tr("Cannot write %1: %2").arg(to, target.errorString()));
     int chunk;
     {
         QMutexLocker locker(&m_mutex);
@@ -273,28 +279,58 @@ bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qin
     };
     emit totalFileSize(QString::number(total));
     qint64 done = 0;
-    QByteArray buffer;
-    while (!source.atEnd()) {
+    QByteArray buffer(chunk, Qt::Uninitialized);
+    for (;;) {
         if (m_cancel.loadAcquire())
-            return abandon(QStringLiteral("Canceled"));
-        buffer = source.read(chunk);
-        if (buffer.isEmpty() && source.error() != QFileDevice::NoError)
-            return abandon(QStringLiteral("Cannot read %1: %2").arg(from, source.errorString()));
-        if (target.write(buffer) != buffer.size())
-            return abandon(QStringLiteral("Cannot write %1: %2").arg(to, target.errorString()));
-        done += buffer.size();
+            return abandon(tr("The transfer was canceled."));
+        const qint64 read = source.read(buffer.data(), chunk);
+        if (read < 0)
+            return abandon(tr("Cannot read %1: %2").arg(from, source.errorString()));
+        if (read == 0)
+            break;
+        if (target.write(buffer.constData(), read) != read)
+            return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        if (hash)
+            hash->addData(buffer.constData(), read);
+        done += read;
         emit currentReadSize(QString::number(done));
     }
     if (m_cancel.loadAcquire())
-        return abandon(QStringLiteral("Canceled"));
+        return abandon(tr("The transfer was canceled."));
     if (!target.flush())
-        return abandon(QStringLiteral("Cannot write %1: %2").arg(to, target.errorString()));
+        return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
     return true;
+}
+
+bool OrvexArchiveClient::stream(const std::function<bool()> &copy)
+{
+    if (!m_streaming.testAndSetAcquire(0, 1))
+        return fail(tr("Another transfer of this client is still running."));
+    // A cancel stops the transfer it was meant for, never a later one.
+    m_cancel.storeRelease(0);
+    bool ok = false;
+    const QCoreApplication *app = QCoreApplication::instance();
+    if (!app || QThread::currentThread() != app->thread()) {
+        ok = copy();
+    } else {
+        QEventLoop loop;
+        std::unique_ptr<QThread> thread(QThread::create([&ok, &copy] { ok = copy(); }));
+        // finished is queued behind the thread's last byte counts, so the caller
+        // has seen all of them when the call returns.
+        connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+        thread->start();
+        loop.exec();
+        // The loop also ends when the application quits: the copy goes then too.
+        if (!thread->isFinished())
+            m_cancel.storeRelease(1);
+        thread->wait();
+    }
+    m_streaming.storeRelease(0);
+    return ok;
 }
 
 bool OrvexArchiveClient::exportVersion(qlonglong docId, int version, QString &localPath)
 {
-    m_cancel.storeRelease(0);
     if (!requireConnection())
         return false;
     VersionFile file;
@@ -306,17 +342,17 @@ bool OrvexArchiveClient::exportVersion(qlonglong docId, int version, QString &lo
         if (!m_exportDir)
             m_exportDir = new QTemporaryDir(QDir::tempPath() + QStringLiteral("/orvexarchive-export-XXXXXX"));
         if (!m_exportDir->isValid()) {
-            m_lastError = QStringLiteral("No temporary folder for the export: %1").arg(m_exportDir->errorString());
+            m_lastError = tr("No temporary folder for the export: %1").arg(m_exportDir->errorString());
             return false;
         }
         // A folder per export, so that the caller may rename the file in it.
         folder = m_exportDir->filePath(QString::number(++m_exportCount));
     }
     if (!QDir().mkpath(folder))
-        return fail(QStringLiteral("Cannot create %1").arg(folder));
+        return fail(tr("Cannot create %1").arg(folder));
     const QString name = version > 0 ? fileNameFor(docId, file.version) : file.fileName;
     const QString target = folder + QLatin1Char('/') + (name.isEmpty() ? QString::number(docId) : name);
-    if (!copyChunked(file.path, target, file.size))
+    if (!stream([&] { return copyChunked(file.path, target, file.size); }))
         return false;
     localPath = target;
     return true;
@@ -341,9 +377,8 @@ bool OrvexArchiveClient::exportDocument(int docId, QString &localPath, int purpo
 bool OrvexArchiveClient::exportDocumentVersion(int docId, int version, QString &localPath)
 {
     if (version < 1)
-        return fail(QStringLiteral("Invalid version %1").arg(version));
+        return fail(tr("Invalid version %1").arg(version));
     // Saved under the document's own file name.
-    m_cancel.storeRelease(0);
     if (!requireConnection())
         return false;
     VersionFile file;
@@ -362,7 +397,7 @@ bool OrvexArchiveClient::exportDocumentVersion(int docId, int version, QString &
 bool OrvexArchiveClient::exportDocumentVersionAlt(int docId, int version, QString &localPath)
 {
     if (version < 1)
-        return fail(QStringLiteral("Invalid version %1").arg(version));
+        return fail(tr("Invalid version %1").arg(version));
     // Saved under the version's own file name ("name_v2.pdf").
     return exportVersion(docId, version, localPath);
 }
@@ -383,7 +418,7 @@ QStringList OrvexArchiveClient::searchDocs(QString query)
         words << QLatin1Char('"') + word + QStringLiteral("\"*");
     }
     if (words.isEmpty()) {
-        fail(QStringLiteral("Empty search"));
+        fail(tr("Empty search"));
         return {};
     }
     QString error;
@@ -451,7 +486,7 @@ bool OrvexArchiveClient::getDocumentInfo(QStringList docIds, QStringList &info)
     for (const QString &text : qAsConst(docIds)) {
         qlonglong id = 0;
         if (!parseId(text, id))
-            return fail(QStringLiteral("Not a document id: %1").arg(text));
+            return fail(tr("Not a document id: %1").arg(text));
         query.addBindValue(id);
         if (!exec(query, error))
             return fail(error);
@@ -466,7 +501,7 @@ bool OrvexArchiveClient::getDocumentInfo(QStringList docIds, QStringList &info)
     }
     info = records;
     if (!missing.isEmpty())
-        return fail(QStringLiteral("Unknown documents: %1").arg(missing.join(QStringLiteral(", "))));
+        return fail(tr("Unknown documents: %1").arg(missing.join(QStringLiteral(", "))));
     return true;
 }
 
@@ -477,12 +512,12 @@ QByteArray OrvexArchiveClient::getDocumentThumbnail(int docId, int page, int siz
     if (!requireConnection())
         return {};
     if (!m_store->documentExists(docId)) {
-        fail(QStringLiteral("Unknown document %1").arg(docId));
+        fail(tr("Unknown document %1").arg(docId));
         return {};
     }
     if (!m_store->mayRead(user(), docId)) {
         pageCount = 1;
-        fail(QStringLiteral("%1 may not read document %2").arg(user()).arg(docId));
+        fail(tr("%1 may not read document %2").arg(user()).arg(docId));
         if (option1 == DuplicateCheckOption) {
             format = QStringLiteral("PNG");
             return notAuthorisedImage();
@@ -494,18 +529,18 @@ QByteArray OrvexArchiveClient::getDocumentThumbnail(int docId, int page, int siz
         return {};
     pageCount = file.pages;
     if (page < 0 || page >= file.pages) {
-        fail(QStringLiteral("Document %1 has no page %2").arg(docId).arg(page + 1));
+        fail(tr("Document %1 has no page %2").arg(docId).arg(page + 1));
         return {};
     }
     if (size < 1 || size > 4096) {
-        fail(QStringLiteral("Invalid image size %1").arg(size));
+        fail(tr("Invalid image size %1").arg(size));
         return {};
     }
     if (!OrvexPdfTools::looksLikePdf(file.path)) {
         // Images are served as they are.
         QFile image(file.path);
         if (!image.open(QIODevice::ReadOnly)) {
-            fail(QStringLiteral("Cannot read the file of document %1").arg(docId));
+            fail(tr("Cannot read the file of document %1").arg(docId));
             return {};
         }
         format = QFileInfo(file.path).suffix().toUpper();
@@ -543,14 +578,14 @@ bool OrvexArchiveClient::deleteDocument(QString docId, QStringList options)
     Q_UNUSED(options)
     qlonglong id = 0;
     if (!parseId(docId, id))
-        return fail(QStringLiteral("Not a document id: %1").arg(docId));
+        return fail(tr("Not a document id: %1").arg(docId));
     if (!requireConnection())
         return false;
     const QString acting = user();
     if (!m_store->documentExists(id) || !m_store->mayRead(acting, id))
-        return fail(QStringLiteral("Unknown document %1").arg(id));
+        return fail(tr("Unknown document %1").arg(id));
     if (!m_store->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
-        return fail(QStringLiteral("%1 may not delete documents").arg(acting));
+        return fail(tr("%1 may not delete documents").arg(acting));
     QString error;
     QStringList files;
     if (!m_store->write([&](QSqlDatabase &db, QString &stepError) {
@@ -572,9 +607,9 @@ bool OrvexArchiveClient::getDocumentActions(QStringList docIds, QStringList &act
     for (const QString &text : qAsConst(docIds)) {
         qlonglong id = 0;
         if (!parseId(text, id))
-            return fail(QStringLiteral("Not a document id: %1").arg(text));
+            return fail(tr("Not a document id: %1").arg(text));
         if (!m_store->mayRead(acting, id))
-            return fail(QStringLiteral("Unknown document %1").arg(id));
+            return fail(tr("Unknown document %1").arg(id));
     }
     QStringList result{QStringLiteral("OPEN"), QStringLiteral("EXPORT"), QStringLiteral("MAIL")};
     if (m_store->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
@@ -597,10 +632,12 @@ bool OrvexArchiveClient::writeDocumentInfo(int docId, int mode)
             m_exportDir = new QTemporaryDir(QDir::tempPath() + QStringLiteral("/orvexarchive-export-XXXXXX"));
         folder = m_exportDir->path();
     }
+    // The folder may have been cleaned away since the client made it.
+    QDir().mkpath(folder);
     QSaveFile file(folder + QStringLiteral("/%1.info").arg(docId));
     const QString text = mode == 0 ? info.first().split(kInfoSep).join(QLatin1Char('\n')) : info.first();
     if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit())
-        return fail(QStringLiteral("Cannot write the document info: %1").arg(file.errorString()));
+        return fail(tr("Cannot write the document info: %1").arg(file.errorString()));
     return true;
 }
 
@@ -609,10 +646,10 @@ bool OrvexArchiveClient::moveDocToArchive(qlonglong docId, int target)
     if (!requireConnection())
         return false;
     if (!m_store->mayRead(user(), docId))
-        return fail(QStringLiteral("Unknown document %1").arg(docId));
+        return fail(tr("Unknown document %1").arg(docId));
     // The embedded archive holds a single archive (index 0), where every document already is.
     if (target != 0)
-        return fail(QStringLiteral("Unknown archive %1").arg(target));
+        return fail(tr("Unknown archive %1").arg(target));
     return true;
 }
 
@@ -621,7 +658,7 @@ QString OrvexArchiveClient::getDocumentFileName(QString docId, QString docsId)
     Q_UNUSED(docsId)
     qlonglong id = 0;
     if (!parseId(docId, id)) {
-        fail(QStringLiteral("Not a document id: %1").arg(docId));
+        fail(tr("Not a document id: %1").arg(docId));
         return {};
     }
     if (!requireConnection())
@@ -646,7 +683,7 @@ QStringList OrvexArchiveClient::getDocumentFileNames(QStringList docIds, QString
             refused << text;
     }
     if (!refused.isEmpty())
-        fail(QStringLiteral("No permission to export: %1").arg(refused.join(QStringLiteral(", "))));
+        fail(tr("No permission to export: %1").arg(refused.join(QStringLiteral(", "))));
     return names;
 }
 
@@ -656,7 +693,7 @@ QString OrvexArchiveClient::getDocumentPartFileName(QString docId, QString docsI
     qlonglong id = 0;
     qlonglong number = 0;
     if (!parseId(docId, id) || !parseId(version, number)) {
-        fail(QStringLiteral("Not a document id and version: %1 %2").arg(docId, version));
+        fail(tr("Not a document id and version: %1 %2").arg(docId, version));
         return {};
     }
     if (!requireConnection())
@@ -666,25 +703,18 @@ QString OrvexArchiveClient::getDocumentPartFileName(QString docId, QString docsI
 
 bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
 {
-    m_cancel.storeRelease(0);
     if (!requireConnection())
         return false;
     const QFileInfo info(filePath);
     if (!info.isFile() || !info.isReadable())
-        return fail(QStringLiteral("Cannot read %1").arg(filePath));
+        return fail(tr("Cannot read %1").arg(filePath));
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString suffix = info.suffix().toLower();
     const QString relative = id + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
     const QString target = m_store->uploadsPath() + QLatin1Char('/') + relative;
-    if (!copyChunked(filePath, target, info.size()))
+    OrvexContentHash hash;
+    if (!stream([&] { return copyChunked(filePath, target, info.size(), &hash); }))
         return false;
-    QFile copy(target);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (!copy.open(QIODevice::ReadOnly) || !hash.addData(&copy)) {
-        QFile::remove(target);
-        return fail(QStringLiteral("Cannot read the uploaded copy of %1").arg(filePath));
-    }
-    copy.close();
     const QString acting = user();
     QString error;
     const bool stored = m_store->write([&](QSqlDatabase &db, QString &stepError) {
@@ -696,7 +726,7 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
         insert.addBindValue(relative);
         insert.addBindValue(info.fileName());
         insert.addBindValue(info.size());
-        insert.addBindValue(QString::fromLatin1(hash.result().toHex()));
+        insert.addBindValue(hash.hex());
         insert.addBindValue(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
         return exec(insert, stepError);
     }, &error);
@@ -723,7 +753,7 @@ QStringList OrvexArchiveClient::checkDuplicates(QString archiveData, QString fil
     if (!requireConnection())
         return {};
     if (uploadId.trimmed().isEmpty()) {
-        fail(QStringLiteral("No upload to check"));
+        fail(tr("No upload to check"));
         return {};
     }
     QString error;
@@ -737,7 +767,7 @@ QStringList OrvexArchiveClient::checkDuplicates(QString archiveData, QString fil
     upload.addBindValue(uploadId);
     upload.addBindValue(user());
     if (!exec(upload, error) || !upload.next()) {
-        fail(error.isEmpty() ? QStringLiteral("Unknown upload %1").arg(uploadId) : error);
+        fail(error.isEmpty() ? tr("Unknown upload %1").arg(uploadId) : error);
         return {};
     }
     const QString path = m_store->uploadsPath() + QLatin1Char('/') + upload.value(0).toString();
@@ -838,7 +868,7 @@ bool OrvexArchiveClient::commitUpload(QString uploadId)
         if (!exec(upload, stepError))
             return false;
         if (!upload.next()) {
-            stepError = QStringLiteral("Unknown upload %1").arg(uploadId);
+            stepError = tr("Unknown upload %1").arg(uploadId);
             return false;
         }
         uploadFile = m_store->uploadsPath() + QLatin1Char('/') + upload.value(0).toString();
@@ -891,7 +921,7 @@ void OrvexArchiveClient::discardUpload(QString uploadId)
         if (!exec(upload, stepError))
             return false;
         if (!upload.next()) {
-            stepError = QStringLiteral("Unknown upload %1").arg(uploadId);
+            stepError = tr("Unknown upload %1").arg(uploadId);
             return false;
         }
         file = upload.value(0).toString();

@@ -12,15 +12,24 @@
 #include <functional>
 
 class OrvexArchiveStore;
+class OrvexContentHash;
 class QSqlDatabase;
 
 // The archive's own archive client. The connection chain checks server, port,
 // login (user, password, tenant) and archive name against the archive's
 // settings; until it has run, every document operation refuses. Exports are
 // copied in chunks into a temporary folder of the client with the byte-count
-// signals, uploads are streamed in chunks into the archive's upload folder;
-// cancelStreaming() stops either between two chunks. sendFile() and
-// checkDuplicates() may run on a pool thread (one database connection per thread).
+// signals, uploads are streamed in chunks into the archive's upload folder and
+// hashed on the way; cancelStreaming() stops either between two chunks and
+// removes the partial file.
+//
+// Streaming behaves like a network client's: called on the GUI thread, the copy
+// runs on a thread of its own while the caller waits in a local event loop that
+// also delivers user input (so a Cancel button works) and the byte-count
+// signals reach GUI objects queued. Called on any other thread (the upload's
+// pool thread), the copy runs right there. One transfer per client at a time.
+// sendFile() and checkDuplicates() may run on a pool thread (one database
+// connection per thread).
 //
 // Thumbnails: poppler renders the page to fit into size x size, cached per
 // (document, version, page, size) in the archive's cache folder. A document the
@@ -103,8 +112,11 @@ private:
     // The file of one version (0 or less: the current one) of a readable document.
     bool versionFile(qlonglong docId, int version, VersionFile &file);
     bool exportVersion(qlonglong docId, int version, QString &localPath);
-    // Copies in chunks with the byte-count signals; false when canceled or failing.
-    bool copyChunked(const QString &from, const QString &to, qint64 total);
+    // Copies in chunks with the byte-count signals, feeding hash when given;
+    // false when canceled or failing, and then the target file is gone.
+    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash = nullptr);
+    // Runs copy as the class comment describes (own thread + local event loop on the GUI thread).
+    bool stream(const std::function<bool()> &copy);
     QString fileNameFor(qlonglong docId, int version);
 
     QSharedPointer<OrvexArchiveStore> m_store;
@@ -118,6 +130,7 @@ private:
     qlonglong m_lastArchivedDocId = 0;
     int m_chunkSize = ChunkSize;
     QAtomicInt m_cancel;
+    QAtomicInt m_streaming;
     QTemporaryDir *m_exportDir = nullptr;
     int m_exportCount = 0;
 };

@@ -1,5 +1,8 @@
 #include "orvexarchivestore.h"
 
+#include "orvexarchivetranslations.h"
+#include "orvexcontenthash.h"
+
 #include "orvexpdftools.h"
 #include "orvexsamplearchive.h"
 
@@ -215,6 +218,9 @@ QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const QString &folde
     if (!store->open(folder, createSample, error))
         return {};
     stores.insert(key, store);
+    // Whoever opens an archive shows its texts (the clients' errors, the card of an unreadable document).
+    static bool translated = OrvexArchiveTranslations::install();
+    Q_UNUSED(translated)
     return store;
 }
 
@@ -484,19 +490,10 @@ qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourceP
     if (!OrvexPdfTools::inspect(sourcePath, inspection, error))
         return 0;
 
-    QFile source(sourcePath);
-    if (!source.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("Cannot read %1: %2").arg(sourcePath, source.errorString());
+    const QString sha = OrvexContentHash::ofFile(sourcePath, error);
+    if (sha.isEmpty())
         return 0;
-    }
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (!hash.addData(&source)) {
-        error = QStringLiteral("Cannot read %1").arg(sourcePath);
-        return 0;
-    }
-    const QString sha = QString::fromLatin1(hash.result().toHex());
-    const qint64 size = source.size();
-    source.close();
+    const qint64 size = QFileInfo(sourcePath).size();
 
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
     qlonglong docId = newVersionOf;

@@ -655,15 +655,16 @@ bool OrvexArchiveWorker::abandonUpload(const QString &uploadId, const QString &e
 
 bool OrvexArchiveWorker::uploadFile(QString archiveData, QString filePath, bool flag)
 {
-    m_canceled = false;
-    m_duplicateCanceled = false;
-    if (!requireClient())
-        return false;
-    // The GUI runs on while a file streams: a second upload must not start inside the first.
+    // The GUI runs on while a file streams: a second upload must not start inside
+    // the first, nor clear its flags.
     if (m_uploading) {
         m_lastError = tr("Another upload is still running.");
         return false;
     }
+    m_canceled = false;
+    m_duplicateCanceled = false;
+    if (!requireClient())
+        return false;
     const QFileInfo info(filePath);
     const QString shown = QDir::toNativeSeparators(filePath);
     if (!info.isFile() || !info.isReadable()) {

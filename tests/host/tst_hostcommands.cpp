@@ -87,7 +87,7 @@ void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
     {
         SequenceAnswerer dialogs({SequenceAnswerer::press(QMessageBox::Ok)}); // the file names
         QVERIFY(m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards + QStringList{QStringLiteral("99999")}));
-        QCOMPARE(dialogs.seen().size(), 1);
+        QCOMPARE(dialogs.texts().size(), 1);
     }
     QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
     QVERIFY2(messages.last().at(0).toString().contains(QStringLiteral("99999")), "the unknown card is named");
@@ -99,8 +99,8 @@ void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
     {
         SequenceAnswerer dialogs({SequenceAnswerer::press(QMessageBox::Ok)});
         QVERIFY(m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards));
-        QCOMPARE(dialogs.seen().size(), 1 + m_expectedNames.size());
-        QCOMPARE(dialogs.seen().last().title, QStringLiteral("File exists"));
+        QCOMPARE(dialogs.texts().size(), 1 + m_expectedNames.size());
+        QVERIFY(dialogs.texts().last().startsWith(QStringLiteral("File exists: ")));
     }
     QCOMPARE(mine.size(), 4);
 
