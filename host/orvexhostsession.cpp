@@ -1,6 +1,8 @@
 #include "orvexhostsession.h"
 
 #include "orvexarchive.h"
+#include "orvexarchiveclient.h"
+#include "orvexduplicatesdlg.h"
 #include "orvexhostoptions.h"
 #include "orvexhostwindow.h"
 #include "orvexthemewriter.h"
@@ -40,6 +42,8 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
     }
     if (!options.user.isEmpty())
         m_archive->setUser(options.user);
+    // Duplicates the user may not read come as the embedded archive's placeholder image.
+    OrvexDuplicatesDlg::addPlaceholderFingerprint(OrvexArchiveClient::notAuthorisedImageMd5().toLatin1());
 
     if (!m_loader.load(options.pluginFile))
         return fail(OrvexHostExitCode::PluginFailed, m_loader.errorString());

@@ -9,6 +9,7 @@
 #include "orvexdocumentlistview.h"
 #include "orvexdocumentlistmodel.h"
 #include "orvexhostcommands.h"
+#include "orvexhostuploader.h"
 #include "orvexhoverwidgetpresenter.h"
 #include "orvexsnackbarfilter.h"
 #include "tavlodocplugininterface.h"
@@ -106,6 +107,13 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
     ui->m_documentView->setClients(classifyClient, m_archiveWorker);
     connect(ui->m_documentView, &OrvexDocumentListView::documentDragStarted, this,
             [this] { showClipboardChooser(); });
+    // Files picked or dropped from the desktop are archived through the same worker.
+    m_uploader = new OrvexHostUploader(m_archiveWorker, this);
+    m_uploader->setParentWidget(this);
+    m_uploader->acceptDropsOn(ui->m_documentView);
+    connect(ui->actionArchiveFiles, &QAction::triggered, m_uploader, &OrvexHostUploader::chooseAndArchiveFiles);
+    connect(m_uploader, &OrvexHostUploader::finished, this, &OrvexHostWindow::showArchivedDocuments);
+    ui->actionArchiveFiles->setEnabled(true);
     plugin->setArchiveData(connection.server, connection.port, connection.login1, connection.login2,
                            connection.archiveName, connection.login3);
 
@@ -202,6 +210,18 @@ void OrvexHostWindow::updateDocumentCount()
         m_countLabel->setText(tr("%n document(s)", nullptr, total));
     else
         m_countLabel->setText(tr("%1 of %n document(s)", nullptr, total).arg(shown));
+}
+
+void OrvexHostWindow::showArchivedDocuments(const QList<qlonglong> &docIds, const QString &summary)
+{
+    statusBar()->showMessage(summary);
+    if (docIds.isEmpty())
+        return;
+    emit reloadRequested();
+    selectDocuments(docIds);
+    const QModelIndexList rows = ui->m_documentView->selectionModel()->selectedRows();
+    if (!rows.isEmpty())
+        ui->m_documentView->scrollTo(rows.constFirst());
 }
 
 void OrvexHostWindow::reload()

@@ -8,6 +8,7 @@ class ClassifyInterface;
 class kelArchiveClientInterface;
 class OrvexArchiveWorker;
 class OrvexDocumentListView;
+class OrvexHostUploader;
 class OrvexDocumentFilterModel;
 class OrvexHostCommands;
 class OrvexDocumentListModel;
@@ -44,9 +45,11 @@ public:
 
     TavloDocPluginInterface *workbench() const { return m_workbench; }
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
+    OrvexDocumentListView *documentView() const;
+    // Archives files picked or dropped onto the list; nullptr before installWorkbench.
+    OrvexHostUploader *uploader() const { return m_uploader; }
     // Carries out the workbench's commands; null until the workbench is installed.
     OrvexHostCommands *commands() const { return m_commands; }
-    OrvexDocumentListView *documentView() const;
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
@@ -69,6 +72,8 @@ private:
     // The workbench asks which documents are selected (requestCurrentDocIds).
     void sendCurrentDocIds();
     void updateDocumentCount();
+    // After an upload: the list reloaded with the new documents selected.
+    void showArchivedDocuments(const QList<qlonglong> &docIds, const QString &summary);
     void reload();
 
     Ui::OrvexHostWindow *ui;
@@ -79,6 +84,7 @@ private:
     OrvexSnackbarFilter *m_snackbars;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
-    OrvexHostCommands *m_commands = nullptr;
     OrvexArchiveWorker *m_archiveWorker = nullptr;
+    OrvexHostUploader *m_uploader = nullptr;
+    OrvexHostCommands *m_commands = nullptr;
 };

@@ -360,6 +360,50 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
     </message>
 </context>
 <context>
+    <name>OrvexHostUploader</name>
+    <message>
+        <source>%1 is not a PDF document.</source>
+        <translation>%1 ist kein PDF-Dokument.</translation>
+    </message>
+    <message>
+        <source>Another upload is still running.</source>
+        <translation>Ein anderer Upload läuft noch.</translation>
+    </message>
+    <message>
+        <source>Archive files</source>
+        <translation>Dateien archivieren</translation>
+    </message>
+    <message>
+        <source>These files could not be archived:</source>
+        <translation>Diese Dateien konnten nicht archiviert werden:</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n document(s) archived.</source>
+        <translation>
+            <numerusform>%n Dokument archiviert.</numerusform>
+            <numerusform>%n Dokumente archiviert.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n file(s) failed.</source>
+        <translation>
+            <numerusform>%n Datei fehlgeschlagen.</numerusform>
+            <numerusform>%n Dateien fehlgeschlagen.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n file(s) not uploaded.</source>
+        <translation>
+            <numerusform>%n Datei nicht hochgeladen.</numerusform>
+            <numerusform>%n Dateien nicht hochgeladen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>PDF documents (*.pdf);;All files (*)</source>
+        <translation>PDF-Dokumente (*.pdf);;Alle Dateien (*)</translation>
+    </message>
+</context>
+<context>
     <name>OrvexHostWindow</name>
     <message>
         <source>Orvex Host</source>
@@ -426,6 +470,18 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
             <numerusform>%1 von %n Dokument</numerusform>
             <numerusform>%1 von %n Dokumenten</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>&amp;Archive files...</source>
+        <translation>Dateien &amp;archivieren...</translation>
+    </message>
+    <message>
+        <source>Archive PDF files; files dropped onto the document list are archived too</source>
+        <translation>PDF-Dateien archivieren; auf die Dokumentliste gezogene Dateien werden ebenfalls archiviert</translation>
+    </message>
+    <message>
+        <source>Ctrl+O</source>
+        <translation>Ctrl+O</translation>
     </message>
 </context>
 <context>

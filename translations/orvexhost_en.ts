@@ -74,6 +74,30 @@
     </message>
 </context>
 <context>
+    <name>OrvexHostUploader</name>
+    <message numerus="yes">
+        <source>%n document(s) archived.</source>
+        <translation>
+            <numerusform>%n document archived.</numerusform>
+            <numerusform>%n documents archived.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n file(s) failed.</source>
+        <translation>
+            <numerusform>%n file failed.</numerusform>
+            <numerusform>%n files failed.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n file(s) not uploaded.</source>
+        <translation>
+            <numerusform>%n file not uploaded.</numerusform>
+            <numerusform>%n files not uploaded.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>OrvexHostWindow</name>
     <message numerus="yes">
         <source>%n document(s)</source>
