@@ -20,6 +20,8 @@
 #include <QtConcurrent>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 namespace {
 const QChar kInfoSep(0xFFFD);
 const QChar kSep(0xFEFF);
@@ -1000,8 +1002,14 @@ void tst_Archive::upload()
     QVERIFY(classify()->addToClipboard(numbering, QString::number(document(0).id), QString::number(takenDocsId)));
     const int documents = m_archive.documents().size();
     QSignalSpy changed(&m_archive, &OrvexArchive::documentsChanged);
+    const QDir uploads(m_archive.folder() + QStringLiteral("/uploads"));
+    struct stat uploaded = {}, archived = {};
+    QVERIFY(::stat(QFile::encodeName(uploads.filePath(uploads.entryList(QDir::Files).value(0))).constData(), &uploaded) == 0);
     QVERIFY(c->commitUpload(uploadId));
     const qlonglong id = c->getLastArchivedDocId();
+    // The commit moved the upload into the archive rather than copying it on the GUI thread.
+    const QString stored = m_archive.folder() + QStringLiteral("/files/%1/v1.pdf").arg(id);
+    QVERIFY(::stat(QFile::encodeName(stored).constData(), &archived) == 0 && archived.st_ino == uploaded.st_ino);
     const OrvexArchiveDocument added = m_archive.documents().last();
     QCOMPARE(changed.size(), 1);
     QCOMPARE(m_archive.documents().size(), documents + 1);
