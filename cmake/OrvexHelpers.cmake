@@ -18,3 +18,22 @@ function(orvex_add_test)
   endif()
   set_tests_properties(${T_NAME} PROPERTIES LABELS "${T_LABEL}" TIMEOUT ${T_TIMEOUT})
 endfunction()
+
+# orvex_add_translations(<target> <qrc name> <ts files...>)
+#
+# Compiles the catalogues with lrelease at build time and builds them into the
+# target's resources under :/translations/<name>.qm. 'make translations' at the
+# top runs lupdate on the .ts files.
+function(orvex_add_translations target qrc_name)
+  set(ts_files ${ARGN})
+  set_source_files_properties(${ts_files} PROPERTIES OUTPUT_LOCATION ${CMAKE_CURRENT_BINARY_DIR}/translations)
+  qt5_add_translation(qm_files ${ts_files})
+  set(entries "")
+  foreach(qm ${qm_files})
+    get_filename_component(qm_name ${qm} NAME)
+    string(APPEND entries "    <file alias=\"translations/${qm_name}\">${qm}</file>\n")
+  endforeach()
+  set(qrc ${CMAKE_CURRENT_BINARY_DIR}/${qrc_name}.qrc)
+  file(WRITE ${qrc} "<!DOCTYPE RCC>\n<RCC version=\"1.0\">\n  <qresource prefix=\"/\">\n${entries}  </qresource>\n</RCC>\n")
+  target_sources(${target} PRIVATE ${qrc} ${qm_files})
+endfunction()

@@ -1,7 +1,7 @@
 # Resource collection of the workbench library.
 #   */*.qrc               our own files under resources/ (each folder may bring a .qrc)
 #   pagelibs.qrc          page libraries installed by npm, generated at configure time
-#   translations.qrc      catalogues compiled by lrelease
+#   translations.qrc      catalogues compiled by lrelease (orvex_add_translations)
 set(ORVEX_RESOURCES_DIR ${CMAKE_SOURCE_DIR}/resources)
 file(GLOB_RECURSE ORVEX_RESOURCE_FILES CONFIGURE_DEPENDS ${ORVEX_RESOURCES_DIR}/*.qrc)
 
@@ -42,15 +42,5 @@ file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc.in
 configure_file(${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc.in ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc COPYONLY)
 list(APPEND ORVEX_RESOURCE_FILES ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc)
 
-# Translations: lrelease at build time; 'make translations' at the top runs lupdate.
-set(ORVEX_TS_FILES ${CMAKE_SOURCE_DIR}/translations/orvexworkbench_de.ts)
-set_source_files_properties(${ORVEX_TS_FILES} PROPERTIES OUTPUT_LOCATION ${CMAKE_CURRENT_BINARY_DIR}/translations)
-qt5_add_translation(ORVEX_QM_FILES ${ORVEX_TS_FILES})
-set(_qm_entries "")
-foreach(qm ${ORVEX_QM_FILES})
-  get_filename_component(qm_name ${qm} NAME)
-  string(APPEND _qm_entries "    <file alias=\"translations/${qm_name}\">${qm}</file>\n")
-endforeach()
-file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/translations.qrc
-  "<!DOCTYPE RCC>\n<RCC version=\"1.0\">\n  <qresource prefix=\"/\">\n${_qm_entries}  </qresource>\n</RCC>\n")
-list(APPEND ORVEX_RESOURCE_FILES ${CMAKE_CURRENT_BINARY_DIR}/translations.qrc ${ORVEX_QM_FILES})
+# The workbench's German catalogue.
+orvex_add_translations(orvexworkbench translations ${CMAKE_SOURCE_DIR}/translations/orvexworkbench_de.ts)

@@ -48,14 +48,126 @@ class tst_ConnectionManager : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void defaultProfileFile();
-    void answersTheClient();
-    void rawRequests_data();
-    void rawRequests();
-    void executable();
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QVERIFY(m_dir.isValid());
+    }
+
+    void init()
+    {
+        m_store.reset(new OrvexProfileStore(m_dir.filePath(uniqueName() + QStringLiteral(".ini"))));
+        QVERIFY(m_store->load());
+        m_manager.reset(new OrvexConnectionManager(m_store.data(), 45123));
+        m_name = uniqueName();
+        QString error;
+        QVERIFY2(m_manager->start(m_name, &error), qPrintable(error));
+        orvexLoginData::setServerNameOverride(m_name);
+    }
+
+    void cleanup()
+    {
+        m_manager.reset();
+        orvexLoginData::setServerNameOverride(QString());
+    }
+
+    void defaultProfileFile()
+    {
+        const QString file = m_dir.filePath(QStringLiteral("sub/dir/profiles.ini"));
+        OrvexProfileStore store(file);
+        QVERIFY(store.load());
+        QCOMPARE(store.profiles(), QList<orvexProfileData>{OrvexProfileStore::defaultProfile()});
+        OrvexProfileStore again(file); // written, and read back the same
+        QVERIFY(again.load());
+        QCOMPARE(again.profiles(), store.profiles());
+    }
+
+    void answersTheClient()
+    {
+        orvexLoginData login;
+        QCOMPARE(login.getDNDPort(), 45123);
+
+        QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
+        orvexProfileData profile;
+        QString error;
+        QVERIFY2(login.getProfileById(profile, error, 1), qPrintable(error));
+        QCOMPARE(profile, m_store->profiles().constFirst());
+        QTRY_COMPARE(used.count(), 1);
+        QCOMPARE(used[0], QVariantList({qint64(QCoreApplication::applicationPid()), qint64(1),
+                                         QCoreApplication::applicationFilePath(), true}));
+        QVERIFY(!login.getProfileById(profile, error, 99));
+
+        QSignalSpy reloaded(m_manager.data(), &OrvexConnectionManager::profileReloaded);
+        login.reloadProfile(1);
+        login.reloadProfile(42);
+        QCOMPARE(reloaded, QList<QVariantList>({{qint64(1), true}, {qint64(42), false}}));
+
+        QSignalSpy chat(m_manager.data(), &OrvexConnectionManager::chatRequested);
+        login.openChat(7, QStringLiteral("Grüße"), QStringLiteral("zweiter"));
+        QCOMPARE(chat, QList<QVariantList>({{qint64(7), QStringLiteral("Grüße"), QStringLiteral("zweiter")}}));
+    }
+
+    void rawRequests_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("pieces");
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<int>("invalid");
+        QTest::newRow("port in pieces") << QList<QByteArray>{"GETDN", "DPORT"} << QByteArray("45123\n") << 0;
+        QTest::newRow("reload unknown") << QList<QByteArray>{"RELOADPROFILE#4", "2\r\n"}
+                                        << QByteArray("UNKNOWN PROFILE\n") << 0;
+        QTest::newRow("use, second form: no reply") << QList<QByteArray>{"USEPROFILE#77#1#/bin/a#b\r\n"}
+                                                    << QByteArray() << 0;
+        QTest::newRow("unknown word") << QList<QByteArray>{"HELLO\r\n"} << QByteArray("ERROR\n") << 1;
+        QTest::newRow("endless line") << QList<QByteArray>{"GETPROFILES", QByteArray(70000, 'S')}
+                                      << QByteArray("ERROR\n") << 1;
+    }
+
+    void rawRequests()
+    {
+        QFETCH(QList<QByteArray>, pieces);
+        QFETCH(QByteArray, reply);
+        QFETCH(int, invalid);
+        QSignalSpy refused(m_manager.data(), &OrvexConnectionManager::invalidRequest);
+        QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
+        QCOMPARE(exchange(m_name, pieces), reply);
+        QCOMPARE(refused.count(), invalid);
+        if (pieces[0].startsWith("USEPROFILE")) {
+            QTRY_COMPARE(used.count(), 1);
+            QCOMPARE(used[0], QVariantList({qint64(77), qint64(1), QStringLiteral("/bin/a#b"), false}));
+        }
+        QCOMPARE(orvexLoginData().getDNDPort(), 45123); // still serving
+    }
+
+    void executable()
+    {
+        const QString bin = QCoreApplication::applicationDirPath() + QStringLiteral("/orvexconnectionmanager");
+        const QString name = uniqueName();
+        const QStringList args = {"--name", name, "--profiles", m_dir.filePath(QStringLiteral("exe.ini"))};
+        QProcess first;
+        first.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        first.start(bin, args + QStringList{"--port", "45130"});
+        QVERIFY(first.waitForStarted(15000));
+        orvexLoginData::setServerNameOverride(name);
+        orvexLoginData login;
+        login.setWaitInterval(20);
+        QTRY_COMPARE_WITH_TIMEOUT(login.getDNDPort(), 45130, 15000);
+
+        QProcess second; // also refused while the first is busy with nobody
+        second.start(bin, args);
+        QVERIFY(second.waitForFinished(15000));
+        QCOMPARE(second.exitCode(), 1);
+        QVERIFY(second.readAllStandardError().contains("already running"));
+        QCOMPARE(login.getDNDPort(), 45130);
+
+        first.terminate(); // SIGTERM: a clean exit that frees the name
+        QVERIFY(first.waitForFinished(15000));
+        QCOMPARE(first.exitCode(), 0);
+        QVERIFY(!QFile::exists(QDir::tempPath() + QLatin1Char('/') + name));
+        second.start(bin, args + QStringList{"--port", "70000"});
+        QVERIFY(second.waitForFinished(15000));
+        QCOMPARE(second.exitCode(), 2); // invalid port
+    }
+
 
 private:
     QTemporaryDir m_dir;
@@ -63,129 +175,6 @@ private:
     QScopedPointer<OrvexConnectionManager> m_manager;
     QString m_name;
 };
-
-void tst_ConnectionManager::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(m_dir.isValid());
-}
-
-void tst_ConnectionManager::init()
-{
-    m_store.reset(new OrvexProfileStore(m_dir.filePath(uniqueName() + QStringLiteral(".ini"))));
-    QVERIFY(m_store->load());
-    m_manager.reset(new OrvexConnectionManager(m_store.data(), 45123));
-    m_name = uniqueName();
-    QString error;
-    QVERIFY2(m_manager->start(m_name, &error), qPrintable(error));
-    orvexLoginData::setServerNameOverride(m_name);
-}
-
-void tst_ConnectionManager::cleanup()
-{
-    m_manager.reset();
-    orvexLoginData::setServerNameOverride(QString());
-}
-
-void tst_ConnectionManager::defaultProfileFile()
-{
-    const QString file = m_dir.filePath(QStringLiteral("sub/dir/profiles.ini"));
-    OrvexProfileStore store(file);
-    QVERIFY(store.load());
-    QCOMPARE(store.profiles(), QList<orvexProfileData>{OrvexProfileStore::defaultProfile()});
-    QCOMPARE(store.profiles()[0].dataPath, OrvexProfileStore::defaultArchivePath());
-    OrvexProfileStore again(file); // written, and read back the same
-    QVERIFY(again.load());
-    QCOMPARE(again.profiles(), store.profiles());
-}
-
-void tst_ConnectionManager::answersTheClient()
-{
-    orvexLoginData login;
-    QCOMPARE(login.getDNDPort(), 45123);
-
-    QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
-    orvexProfileData profile;
-    QString error;
-    QVERIFY2(login.getProfileById(profile, error, 1), qPrintable(error));
-    QCOMPARE(profile, m_store->profiles().constFirst());
-    QTRY_COMPARE(used.count(), 1);
-    QCOMPARE(used[0], QVariantList({qint64(QCoreApplication::applicationPid()), qint64(1),
-                                     QCoreApplication::applicationFilePath(), true}));
-    QVERIFY(!login.getProfileById(profile, error, 99));
-
-    QSignalSpy reloaded(m_manager.data(), &OrvexConnectionManager::profileReloaded);
-    login.reloadProfile(1);
-    login.reloadProfile(42);
-    QCOMPARE(reloaded, QList<QVariantList>({{qint64(1), true}, {qint64(42), false}}));
-
-    QSignalSpy chat(m_manager.data(), &OrvexConnectionManager::chatRequested);
-    login.openChat(7, QStringLiteral("Grüße"), QStringLiteral("zweiter"));
-    QCOMPARE(chat, QList<QVariantList>({{qint64(7), QStringLiteral("Grüße"), QStringLiteral("zweiter")}}));
-}
-
-void tst_ConnectionManager::rawRequests_data()
-{
-    QTest::addColumn<QList<QByteArray>>("pieces");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<int>("invalid");
-    QTest::newRow("port in pieces") << QList<QByteArray>{"GETDN", "DPORT"} << QByteArray("45123\n") << 0;
-    QTest::newRow("reload unknown") << QList<QByteArray>{"RELOADPROFILE#4", "2\r\n"}
-                                    << QByteArray("UNKNOWN PROFILE\n") << 0;
-    QTest::newRow("use, second form: no reply") << QList<QByteArray>{"USEPROFILE#77#1#/bin/a#b\r\n"}
-                                                << QByteArray() << 0;
-    QTest::newRow("unknown word") << QList<QByteArray>{"HELLO\r\n"} << QByteArray("ERROR\n") << 1;
-    QTest::newRow("binary") << QList<QByteArray>{QByteArray("\0\xff", 2)} << QByteArray("ERROR\n") << 1;
-    QTest::newRow("reload, letters") << QList<QByteArray>{"RELOADPROFILE#x\r\n"} << QByteArray("ERROR\n") << 1;
-    QTest::newRow("endless line") << QList<QByteArray>{"GETPROFILES", QByteArray(70000, 'S')}
-                                  << QByteArray("ERROR\n") << 1;
-}
-
-void tst_ConnectionManager::rawRequests()
-{
-    QFETCH(QList<QByteArray>, pieces);
-    QFETCH(QByteArray, reply);
-    QFETCH(int, invalid);
-    QSignalSpy refused(m_manager.data(), &OrvexConnectionManager::invalidRequest);
-    QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
-    QCOMPARE(exchange(m_name, pieces), reply);
-    QCOMPARE(refused.count(), invalid);
-    if (pieces[0].startsWith("USEPROFILE")) {
-        QTRY_COMPARE(used.count(), 1);
-        QCOMPARE(used[0], QVariantList({qint64(77), qint64(1), QStringLiteral("/bin/a#b"), false}));
-    }
-    QCOMPARE(orvexLoginData().getDNDPort(), 45123); // still serving
-}
-
-void tst_ConnectionManager::executable()
-{
-    const QString bin = QCoreApplication::applicationDirPath() + QStringLiteral("/orvexconnectionmanager");
-    const QString name = uniqueName();
-    const QStringList args = {"--name", name, "--profiles", m_dir.filePath(QStringLiteral("exe.ini"))};
-    QProcess first;
-    first.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    first.start(bin, args + QStringList{"--port", "45130"});
-    QVERIFY(first.waitForStarted(15000));
-    orvexLoginData::setServerNameOverride(name);
-    orvexLoginData login;
-    login.setWaitInterval(20);
-    QTRY_COMPARE_WITH_TIMEOUT(login.getDNDPort(), 45130, 15000);
-
-    QProcess second; // also refused while the first is busy with nobody
-    second.start(bin, args);
-    QVERIFY(second.waitForFinished(15000));
-    QCOMPARE(second.exitCode(), 1);
-    QVERIFY(second.readAllStandardError().contains("already running"));
-    QCOMPARE(login.getDNDPort(), 45130);
-
-    first.terminate(); // SIGTERM: a clean exit that frees the name
-    QVERIFY(first.waitForFinished(15000));
-    QCOMPARE(first.exitCode(), 0);
-    QVERIFY(!QFile::exists(QDir::tempPath() + QLatin1Char('/') + name));
-    second.start(bin, args + QStringList{"--port", "70000"});
-    QVERIFY(second.waitForFinished(15000));
-    QCOMPARE(second.exitCode(), 2); // invalid port
-}
 
 QTEST_GUILESS_MAIN(tst_ConnectionManager)
 #include "tst_connectionmanager.moc"

@@ -19,24 +19,17 @@
 #include <QtTest>
 
 namespace {
-// Collects the snackbar texts that reach an object, or the application when it filters.
+// Installed on the application, records the snackbar texts and who they reach.
 class SnackbarCatcher : public QObject
 {
 public:
     QStringList texts;
 
 protected:
-    bool event(QEvent *event) override
-    {
-        if (event->type() != QSnackbarEvent::snackbarType())
-            return QObject::event(event);
-        texts << static_cast<QSnackbarEvent *>(event)->getText();
-        return true;
-    }
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (watched == qApp && event->type() == QSnackbarEvent::snackbarType())
-            texts << static_cast<QSnackbarEvent *>(event)->getText();
+        if (event->type() == QSnackbarEvent::snackbarType())
+            texts << QString("%1:%2").arg(watched == qApp ? "app" : "object", static_cast<QSnackbarEvent *>(event)->getText());
         return false;
     }
 };
@@ -62,14 +55,195 @@ class tst_TabWidgets : public QObject
 
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
-    void cleanup();
-    void cornerWidget();
-    void chooserLabels();
-    void scrolling();
-    void hiding();
-    void themeColour_data();
-    void themeColour();
-    void snackbar();
+    void cleanup()
+    {
+        QCursor::setPos(1590, 1190);
+        qDeleteAll(m_boards);
+        m_boards.clear();
+    }
+
+    void cornerWidget()
+    {
+        orvexwbcornerwidget corner;
+        corner.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&corner));
+        auto *add = corner.findChild<QToolButton *>("m_addTab");
+        QSignalSpy filters(&corner, &orvexwbcornerwidget::filterChanged);
+        QSignalSpy adds(&corner, &orvexwbcornerwidget::addTab);
+        // Every change of the field is relayed, each add click once, neither as the other.
+        QTest::keyClicks(corner.findChild<QLineEdit *>("m_tabFilter"), "Ab");
+        QTest::keyClick(corner.findChild<QLineEdit *>("m_tabFilter"), Qt::Key_Backspace);
+        QTest::mouseClick(add, Qt::LeftButton);
+        QTest::mouseClick(add, Qt::LeftButton);
+        QCOMPARE(adds.count(), 2);
+        QCOMPARE(filters, QList<QVariantList>({{"A"}, {"Ab"}, {"A"}}));
+        corner.clearFilter(); // once with the empty text, then nothing more to clear
+        corner.clearFilter();
+        QCOMPARE(filters.count(), 4);
+    }
+
+    void chooserLabels()
+    {
+        orvexclipboardchooser chooser;
+        orvexwbwebview *inbox = newBoard(true);
+        chooser.addClipboard("Inbox", inbox);
+        chooser.addClipboard("Shared", newBoard(false));
+        chooser.addClipboard("Archive", newBoard(true));
+        chooser.addClipboard("No board", nullptr);
+        // Labels only for writeable clipboards, each taking drops for its board.
+        QList<QPointer<QWidget>> labels;
+        for (orvexclipboardlabel *label : chooser.labels())
+            labels << label;
+        QCOMPARE(labels.size(), 2);
+        QCOMPARE(chooser.labels().last()->text(), QStringLiteral("Archive"));
+        QVERIFY(chooser.labels().first()->acceptDrops());
+        // A label does not keep its board alive, nor dangle after it.
+        m_boards.removeOne(inbox);
+        delete inbox;
+        QVERIFY(!chooser.labels().first()->board());
+
+        chooser.clearClipboards();
+        QVERIFY(!labels[0] && !labels[1]);
+        chooser.addClipboard("Three", newBoard(true)); // refilling starts from scratch
+        QCOMPARE(chooser.labels().size(), 1);
+    }
+
+    void scrolling()
+    {
+        orvexclipboardchooser chooser;
+        chooser.resize(300, 300);
+        chooser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&chooser));
+        QToolButton *up = chooser.scrollUpButton(), *down = chooser.scrollDownButton();
+        QScrollBar *bar = chooser.scrollArea()->verticalScrollBar();
+        // The buttons show only while the list overflows.
+        chooser.addClipboard("One", newBoard(true));
+        QTest::qWait(50);
+        QVERIFY(!up->isVisible() && !down->isVisible());
+        for (int i = 0; i < 30; ++i)
+            chooser.addClipboard(QString("Clipboard %1").arg(i), m_boards.first());
+        QTRY_VERIFY(up->isVisible() && down->isVisible());
+
+        // With the cursor on a button, a drag entering it keeps scrolling.
+        moveCursorTo(down);
+        sendDragEnter(down);
+        QTRY_VERIFY_WITH_TIMEOUT(bar->value() >= 50, 10000);
+        moveCursorTo(up);
+        sendDragEnter(up);
+        QTRY_COMPARE_WITH_TIMEOUT(bar->value(), 0, 10000);
+
+        // A hidden button stops scrolling.
+        bar->setValue(0);
+        moveCursorTo(down);
+        sendDragEnter(down);
+        QTRY_VERIFY(bar->value() > 0);
+        down->hide();
+        const int stopped = bar->value();
+        QTest::qWait(200);
+        QCOMPARE(bar->value(), stopped);
+        QVERIFY(stopped < bar->maximum());
+        // A drag entering while the cursor is elsewhere scrolls nothing.
+        down->show();
+        bar->setValue(0);
+        QCursor::setPos(1590, 1190);
+        sendDragEnter(down);
+        QTest::qWait(200);
+        QCOMPARE(bar->value(), 0);
+
+        chooser.clearClipboards();
+        QTRY_VERIFY(!up->isVisible() && !down->isVisible());
+    }
+
+    void hiding()
+    {
+        orvexclipboardchooser chooser;
+        chooser.resize(200, 200);
+        QElapsedTimer clock;
+        clock.start();
+        static_cast<QWidget &>(chooser).show(); // through a plain widget pointer, as a host holds it
+        QTRY_VERIFY_WITH_TIMEOUT(!chooser.isVisible(), 10000);
+        // The first check comes after 1.5 s, giving the user time to reach the strip.
+        QVERIFY2(clock.elapsed() >= 1400, qPrintable(QString::number(clock.elapsed())));
+
+        // A button held over the strip keeps it through several 500 ms rounds.
+        chooser.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&chooser));
+        moveCursorTo(&chooser);
+        QTest::mousePress(&chooser, Qt::LeftButton, Qt::NoModifier, chooser.rect().center());
+        QTest::qWait(2600);
+        QVERIFY(chooser.isVisible());
+        QTest::mouseRelease(&chooser, Qt::LeftButton, Qt::NoModifier, chooser.rect().center());
+        QTRY_VERIFY_WITH_TIMEOUT(!chooser.isVisible(), 10000);
+    }
+
+    void themeColour_data()
+    {
+        QTest::addColumn<bool>("segment");
+        QTest::addColumn<QByteArray>("bytes"); // raw segment contents; empty = the streamed colour
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("text"); // black or white by lightness
+        QTest::newRow("no segment") << false << QByteArray() << QString() << "#308cc6" << "white";
+        QTest::newRow("host colour") << true << QByteArray() << "#ffcc00" << "#ffcc00" << "black";
+        QTest::newRow("lightness 125") << true << QByteArray() << "#7d7d7d" << "#7d7d7d" << "black";
+        QTest::newRow("not a colour") << true << QByteArray() << "no colour" << "#308cc6" << "white";
+        QTest::newRow("garbage") << true << QByteArray("\xff\xff\xff\x7f") << QString() << "#308cc6" << "white";
+    }
+
+    void themeColour()
+    {
+        QFETCH(bool, segment);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, stored);
+        QFETCH(QString, expected);
+        QFETCH(QString, text);
+        // The host writes its colour as a streamed QString into a segment of its own.
+        QSharedMemory host("keltheme" + QString::number(QCoreApplication::applicationPid()));
+        if (segment) {
+            if (bytes.isEmpty()) {
+                QDataStream stream(&bytes, QIODevice::WriteOnly);
+                stream << stored;
+            }
+            QVERIFY2(host.create(qMax(bytes.size(), 64)), qPrintable(host.errorString()));
+            memset(host.data(), 0, size_t(host.size()));
+            memcpy(host.data(), bytes.constData(), size_t(bytes.size()));
+        }
+        orvexclipboardlabel label("Inbox", newBoard(true));
+        QCOMPARE(label.getCurrentTheme(), expected);
+        if (segment) // reading leaves the host's segment as it was
+            QCOMPARE(QByteArray(static_cast<const char *>(host.constData()), bytes.size()), bytes);
+
+        // A drag over the label lights it up in that colour until it leaves or the strip hides.
+        QMimeData data;
+        QDragEnterEvent enter(QPoint(1, 1), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&label, &enter);
+        QVERIFY(enter.isAccepted() && enter.dropAction() == Qt::CopyAction);
+        QVERIFY(label.styleSheet().contains(QString("background-color: %1; color: %2;").arg(QColor(expected).name(), text)));
+        QDragLeaveEvent leave;
+        QApplication::sendEvent(&label, &leave);
+        QCOMPARE(label.styleSheet(), orvexclipboardlabel::restingSheet());
+        label.show();
+        QApplication::sendEvent(&label, &enter);
+        label.hide();
+        QCOMPARE(label.styleSheet(), orvexclipboardlabel::restingSheet());
+    }
+
+    void snackbar()
+    {
+        SnackbarCatcher catcher;
+        QObject receiver;
+        qApp->installEventFilter(&catcher);
+        QSnackbarEvent event("first");
+        event.send(&receiver);
+        event.setText("second");
+        event.send(&receiver);
+        QVERIFY(catcher.texts.isEmpty()); // posted, not sent
+        // Without a receiver it goes to the application, where the host filters it.
+        QSnackbarEvent("to the host").send();
+        QTRY_COMPARE(catcher.texts, QStringList({"object:first", "object:second", "app:to the host"}));
+        qApp->removeEventFilter(&catcher);
+    }
+
 
 private:
     orvexwbwebview *newBoard(bool writeable);
@@ -81,213 +255,6 @@ orvexwbwebview *tst_TabWidgets::newBoard(bool writeable)
     m_boards << new orvexwbwebview;
     m_boards.last()->setWriteable(writeable);
     return m_boards.last();
-}
-
-void tst_TabWidgets::cleanup()
-{
-    QCursor::setPos(1590, 1190);
-    qDeleteAll(m_boards);
-    m_boards.clear();
-}
-
-void tst_TabWidgets::cornerWidget()
-{
-    orvexwbcornerwidget corner;
-    corner.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&corner));
-    auto *add = corner.findChild<QToolButton *>("m_addTab");
-    QCOMPARE(add->size(), QSize(24, 24));
-    QSignalSpy filters(&corner, &orvexwbcornerwidget::filterChanged);
-    QSignalSpy adds(&corner, &orvexwbcornerwidget::addTab);
-    // Every change of the field is relayed, each add click once, neither as the other.
-    QTest::keyClicks(corner.findChild<QLineEdit *>("m_tabFilter"), "Ab");
-    QTest::keyClick(corner.findChild<QLineEdit *>("m_tabFilter"), Qt::Key_Backspace);
-    QTest::mouseClick(add, Qt::LeftButton);
-    QTest::mouseClick(add, Qt::LeftButton);
-    QCOMPARE(adds.count(), 2);
-    QCOMPARE(filters, QList<QVariantList>({{"A"}, {"Ab"}, {"A"}}));
-    corner.clearFilter(); // once with the empty text, then nothing more to clear
-    corner.clearFilter();
-    QCOMPARE(filters.count(), 4);
-    QCOMPARE(filters.last(), QVariantList{QString()});
-    QCOMPARE(adds.count(), 2);
-}
-
-void tst_TabWidgets::chooserLabels()
-{
-    orvexclipboardchooser chooser;
-    orvexwbwebview *inbox = newBoard(true);
-    chooser.addClipboard("Inbox", inbox);
-    chooser.addClipboard("Shared", newBoard(false));
-    chooser.addClipboard("Archive", newBoard(true));
-    chooser.addClipboard("No board", nullptr);
-    // Labels only for writeable clipboards, each taking drops for its board.
-    QStringList texts;
-    QList<QPointer<QWidget>> labels;
-    for (orvexclipboardlabel *label : chooser.labels()) {
-        texts << label->text();
-        labels << label;
-        QVERIFY(label->acceptDrops() && label->parentWidget() == chooser.scrollArea()->widget());
-    }
-    QCOMPARE(texts, QStringList({"Inbox", "Archive"}));
-    QCOMPARE(chooser.labels().first()->board(), inbox);
-    // A label does not keep its board alive, nor dangle after it.
-    m_boards.removeOne(inbox);
-    delete inbox;
-    QVERIFY(!chooser.labels().first()->board());
-
-    chooser.clearClipboards();
-    QVERIFY(!labels[0] && !labels[1]);
-    QCOMPARE(chooser.scrollArea()->widget()->layout()->count(), 0);
-    chooser.addClipboard("Three", newBoard(true)); // refilling starts from scratch
-    QCOMPARE(chooser.labels().size(), 1);
-}
-
-void tst_TabWidgets::scrolling()
-{
-    orvexclipboardchooser chooser;
-    chooser.resize(300, 300);
-    chooser.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&chooser));
-    QToolButton *up = chooser.scrollUpButton(), *down = chooser.scrollDownButton();
-    QScrollBar *bar = chooser.scrollArea()->verticalScrollBar();
-    // The buttons show only while the list overflows.
-    chooser.addClipboard("One", newBoard(true));
-    QTest::qWait(50);
-    QVERIFY(!up->isVisible() && !down->isVisible());
-    for (int i = 0; i < 30; ++i)
-        chooser.addClipboard(QString("Clipboard %1").arg(i), m_boards.first());
-    QTRY_VERIFY(up->isVisible() && down->isVisible());
-
-    // With the cursor on a button, a drag entering it keeps scrolling in steps of 10
-    // (the area repaints slowly under Xvfb, so not to the end), up to the end.
-    moveCursorTo(down);
-    sendDragEnter(down);
-    QTRY_VERIFY_WITH_TIMEOUT(bar->value() >= 50, 10000);
-    QCOMPARE(bar->value() % 10, 0);
-    moveCursorTo(up);
-    sendDragEnter(up);
-    QTRY_COMPARE_WITH_TIMEOUT(bar->value(), 0, 10000);
-    bar->setValue(bar->maximum() - 25);
-    moveCursorTo(down);
-    sendDragEnter(down);
-    QTRY_COMPARE_WITH_TIMEOUT(bar->value(), bar->maximum(), 10000);
-
-    // A hidden button stops scrolling.
-    bar->setValue(0);
-    sendDragEnter(down);
-    QTRY_VERIFY(bar->value() > 0);
-    down->hide();
-    const int stopped = bar->value();
-    QTest::qWait(200);
-    QCOMPARE(bar->value(), stopped);
-    QVERIFY(stopped < bar->maximum());
-    // A drag entering while the cursor is elsewhere scrolls nothing.
-    down->show();
-    bar->setValue(0);
-    QCursor::setPos(1590, 1190);
-    sendDragEnter(down);
-    QTest::qWait(200);
-    QCOMPARE(bar->value(), 0);
-
-    chooser.clearClipboards();
-    QTRY_VERIFY(!up->isVisible() && !down->isVisible());
-}
-
-void tst_TabWidgets::hiding()
-{
-    orvexclipboardchooser chooser;
-    chooser.resize(200, 200);
-    QElapsedTimer clock;
-    clock.start();
-    static_cast<QWidget &>(chooser).show(); // through a plain widget pointer, as a host holds it
-    QTRY_VERIFY_WITH_TIMEOUT(!chooser.isVisible(), 10000);
-    // The first check comes after 1.5 s, giving the user time to reach the strip.
-    QVERIFY2(clock.elapsed() >= 1400, qPrintable(QString::number(clock.elapsed())));
-
-    // A button held over the strip keeps it through several 500 ms rounds.
-    chooser.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&chooser));
-    moveCursorTo(&chooser);
-    QTest::mousePress(&chooser, Qt::LeftButton, Qt::NoModifier, chooser.rect().center());
-    QTest::qWait(2600);
-    QVERIFY(chooser.isVisible());
-    QTest::mouseRelease(&chooser, Qt::LeftButton, Qt::NoModifier, chooser.rect().center());
-    QTRY_VERIFY_WITH_TIMEOUT(!chooser.isVisible(), 10000);
-}
-
-void tst_TabWidgets::themeColour_data()
-{
-    QTest::addColumn<bool>("segment");
-    QTest::addColumn<QByteArray>("bytes"); // raw segment contents; empty = the streamed colour
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<QString>("text"); // black or white by lightness
-    QTest::newRow("no segment") << false << QByteArray() << QString() << "#308cc6" << "white";
-    QTest::newRow("host colour") << true << QByteArray() << "#ffcc00" << "#ffcc00" << "black";
-    QTest::newRow("named colour") << true << QByteArray() << "navy" << "navy" << "white";
-    QTest::newRow("lightness 124") << true << QByteArray() << "#7c7c7c" << "#7c7c7c" << "white";
-    QTest::newRow("lightness 125") << true << QByteArray() << "#7d7d7d" << "#7d7d7d" << "black";
-    QTest::newRow("empty text") << true << QByteArray() << "" << "#308cc6" << "white";
-    QTest::newRow("not a colour") << true << QByteArray() << "no colour" << "#308cc6" << "white";
-    QTest::newRow("garbage") << true << QByteArray("\xff\xff\xff\x7f") << QString() << "#308cc6" << "white";
-}
-
-void tst_TabWidgets::themeColour()
-{
-    QFETCH(bool, segment);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, stored);
-    QFETCH(QString, expected);
-    QFETCH(QString, text);
-    // The host writes its colour as a streamed QString into a segment of its own.
-    QSharedMemory host("keltheme" + QString::number(QCoreApplication::applicationPid()));
-    if (segment) {
-        if (bytes.isEmpty()) {
-            QDataStream stream(&bytes, QIODevice::WriteOnly);
-            stream << stored;
-        }
-        QVERIFY2(host.create(qMax(bytes.size(), 64)), qPrintable(host.errorString()));
-        memset(host.data(), 0, size_t(host.size()));
-        memcpy(host.data(), bytes.constData(), size_t(bytes.size()));
-    }
-    orvexclipboardlabel label("Inbox", newBoard(true));
-    QCOMPARE(label.getCurrentTheme(), expected);
-    if (segment) // reading leaves the host's segment as it was
-        QCOMPARE(QByteArray(static_cast<const char *>(host.constData()), bytes.size()), bytes);
-
-    // A drag over the label lights it up in that colour until it leaves or the strip hides.
-    QMimeData data;
-    QDragEnterEvent enter(QPoint(1, 1), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    const QString lit = QString("QLabel { background-color: %1; color: %2; margin: 4px; padding: 4px;};").arg(QColor(expected).name(), text);
-    QApplication::sendEvent(&label, &enter);
-    QVERIFY(enter.isAccepted() && enter.dropAction() == Qt::CopyAction);
-    QCOMPARE(label.styleSheet(), lit);
-    QDragLeaveEvent leave;
-    QApplication::sendEvent(&label, &leave);
-    QCOMPARE(label.styleSheet(), orvexclipboardlabel::restingSheet());
-    label.show();
-    QApplication::sendEvent(&label, &enter);
-    label.hide();
-    QCOMPARE(label.styleSheet(), orvexclipboardlabel::restingSheet());
-}
-
-void tst_TabWidgets::snackbar()
-{
-    SnackbarCatcher receiver, host;
-    QSnackbarEvent event("first");
-    QVERIFY(event.type() > QEvent::User);
-    QCOMPARE(QSnackbarEvent().type(), event.type()); // one registered type per process
-    event.send(&receiver);
-    event.setText("second");
-    event.send(&receiver);
-    QVERIFY(receiver.texts.isEmpty()); // posted, not sent
-    QTRY_COMPARE(receiver.texts, QStringList({"first", "second"}));
-    // Without a receiver it goes to the application, where the host filters it.
-    qApp->installEventFilter(&host);
-    QSnackbarEvent("to the host").send();
-    QTRY_VERIFY(host.texts.contains("to the host"));
-    qApp->removeEventFilter(&host);
 }
 
 QTEST_MAIN(tst_TabWidgets)

@@ -1,6 +1,6 @@
 // The clipboard tab set with real card boards against the recording clients:
 // the diff with the server list, creating, numbering, renaming, filtering and
-// removing clipboards, the refreshes and the shutdown.
+// removing clipboards, a refresh during a page load and the shutdown.
 #include "modalanswerer.h"
 #include "orvexclipboardchooser.h"
 #include "orvexclipboardlabel.h"
@@ -24,15 +24,6 @@
 namespace {
 const QChar kSep(0xFEFF);
 const int kLong = 20000; // page loads on a loaded machine
-
-QStringList messages;
-QtMessageHandler previousHandler = nullptr;
-void recordMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
-{
-    messages << text;
-    if (previousHandler)
-        previousHandler(type, context, text);
-}
 } // namespace
 
 class tst_WorkbenchTab : public QObject
@@ -41,31 +32,396 @@ class tst_WorkbenchTab : public QObject
 
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
-    void init();
-    void cleanup();
-    void serverListDiff();
-    void malformedServerEntries();
-    void noClipboardLeft();
-    void serverFailingEveryCall();
-    void reloadDuringPageLoadCreatesNoDuplicate();
-    void numbering_data();
-    void numbering();
-    void removeClipboard_data();
-    void removeClipboard();
-    void rename_data();
-    void rename();
-    void readOnlyIsProtected();
-    void filter_data();
-    void filter();
-    void boardSignalsAndEnabledSheet();
-    void refreshes();
-    void stopStopsEveryBoard();
-    void destructionOrder();
+    void init()
+    {
+        m_classify = new RecordingClassifyClient(this);
+        m_archive = new RecordingArchiveClient(this);
+        m_window = new QWidget;
+        m_window->resize(1200, 500);
+        m_tabs = new orvexworkbenchtab(m_window);
+        (new QVBoxLayout(m_window))->addWidget(m_tabs);
+        m_chooser = new orvexclipboardchooser(m_window);
+    }
+
+    void cleanup()
+    {
+        delete m_window;
+        delete m_classify;
+        delete m_archive;
+    }
+
+    void serverListDiff()
+    {
+        const QString renamed = m_classify->addClipboard("Old name", true);
+        const QString locked = m_classify->addClipboard("Becomes read-only", true);
+        const QString unlocked = m_classify->addClipboard("Becomes writeable", false);
+        const QString removed = m_classify->addClipboard("Removed elsewhere", true);
+        m_classify->addEntry(renamed, "17", "1017");
+        start();
+        QCOMPARE(tabs(), QStringList({"Old name", "Becomes read-only", "Becomes writeable (R)", "Removed elsewhere"}));
+        QCOMPARE(labels(), QStringList({"Old name", "Becomes read-only", "Removed elsewhere"})); // writeable only
+        QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardIds(), QStringList{"1017"}, kLong); // the current tab's cards
+        m_tabs->setCurrentIndex(1);
+        QPointer<orvexwbwebview> removedBoard = m_tabs->boardAt(3);
+        orvexwbwebview *renamedBoard = m_tabs->boardAt(0);
+
+        m_classify->renameClipboard(renamed, "New name");
+        m_classify->setClipboardFlags(locked, "R");
+        m_classify->setClipboardFlags(unlocked, "W");
+        m_classify->removeClipboard(removed);
+        const QString added = m_classify->addClipboard("Added elsewhere", false);
+        m_classify->log().clear();
+        m_tabs->updateData();
+
+        QCOMPARE(tabs(), QStringList({"New name", "Becomes read-only (R)", "Becomes writeable", "Added elsewhere (R)"}));
+        QCOMPARE(m_tabs->boardAt(0), renamedBoard); // renamed in place
+        QCOMPARE(m_tabs->boardAt(3)->getId(), added);
+        QCOMPARE(m_tabs->currentIndex(), 1); // an added tab is not focused
+        QCOMPARE(labels(), QStringList({"New name", "Becomes writeable"}));
+        // The removed clipboard's board goes without resetting the archive client's connection.
+        QTRY_VERIFY_WITH_TIMEOUT(!removedBoard, kLong);
+        QCOMPARE(m_archive->log().count("resetConnection"), 0);
+        QCOMPARE(calls("createClipboard") + calls("renameClipboard") + calls("removeClipboard"), 0);
+    }
+
+    void malformedServerEntries()
+    {
+        const QString dup = "{00000000-0000-0000-0000-00000000000d}";
+        m_classify->setRawClipboards({{"u-noflag", "No flag field"}, {"u-emptyflag", "Empty flag" + QString(kSep)},
+                                      {"u-lower", "Lower-case flag" + QString(kSep) + "w"},
+                                      {dup, "Duplicate" + QString(kSep) + "W"}, {dup, "Duplicate again" + QString(kSep) + "W"},
+                                      {QString(), "No uuid" + QString(kSep) + "W"}, {"u-noname", QString(kSep) + "W"},
+                                      {"u-extra", "Extra fields" + QString(kSep) + "W" + kSep + "x"}});
+        start();
+        QCOMPARE(tabs(), QStringList({"No flag field (R)", "Empty flag (R)", "Lower-case flag (R)", "Duplicate",
+                                      "(unnamed)", "Extra fields"}));
+        // An empty name is the server's, not a request to create one; a second reload keeps the same boards: nothing is torn down and rebuilt.
+        const QList<orvexwbwebview *> before = m_tabs->boards();
+        m_tabs->updateData();
+        QCOMPARE(m_tabs->boards(), before);
+        QCOMPARE(calls("createClipboard"), 0);
+    }
+
+    void noClipboardLeft()
+    {
+        start();
+        QCOMPARE(tabs(), QStringList{"New Clipboard"});
+        QCOMPARE(m_tabs->boardAt(0)->getId(), m_classify->clipboards().first().uuid);
+        m_tabs->updateData(); // finds it on the server
+        QCOMPARE(calls("createClipboard"), 1);
+
+        m_classify->removeClipboard(m_tabs->boardAt(0)->getId()); // removed elsewhere: a new one
+        m_tabs->updateData();
+        QCOMPARE(calls("createClipboard"), 2);
+        QCOMPARE(m_tabs->boardAt(0)->getId(), m_classify->clipboards().first().uuid);
+
+        {
+            ModalAnswerer yes(QMessageBox::Yes); // removed by the user: a new one 100 ms later
+            QTest::mouseClick(closeButton(0), Qt::LeftButton);
+            QVERIFY(yes.answered());
+        }
+        QCOMPARE(m_tabs->count(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(tabs(), QStringList{"New Clipboard"}, kLong);
+        QCOMPARE(calls("createClipboard"), 3);
+        QCOMPARE(m_classify->clipboards().size(), 1);
+    }
+
+    void serverFailingEveryCall()
+    {
+        for (const char *op : {"getClipboards", "createClipboard", "removeClipboard", "renameClipboard",
+                               "getClipboardDocuments", "getDocumentTypes", "getDocumentStatuses",
+                               "searchDocuments", "getCardInfo"})
+            m_classify->log().setFailing(op);
+        start();
+        QCOMPARE(tabs(), QStringList{"New Clipboard"}); // one to work in, without a server id
+        orvexwbwebview *board = m_tabs->boardAt(0);
+        m_tabs->updateData(); // a failing reload keeps the tabs instead of churning them
+        QCOMPARE(m_tabs->boards(), QList<orvexwbwebview *>{board});
+        clickAdd(); // adding still gives a tab; removing fails and leaves it
+        ModalAnswerer yes(QMessageBox::Yes);
+        QTest::mouseClick(closeButton(1), Qt::LeftButton);
+        QCOMPARE(tabs(), QStringList({"New Clipboard", "New Clipboard (1)"}));
+        QCOMPARE(calls("createClipboard"), 2);
+        // The server answering again lists neither: one new clipboard.
+        m_classify->log().setFailing("getClipboards", false);
+        m_tabs->updateData();
+        QCOMPARE(tabs(), QStringList{"New Clipboard"});
+    }
+
+    void reloadDuringPageLoadCreatesNoDuplicate()
+    {
+        m_classify->addClipboard("First");
+        start();
+        m_classify->addClipboard("Second");
+        m_classify->addClipboard("Third");
+        // The second refresh arrives while the first waits for a page to load.
+        QTimer::singleShot(0, m_tabs, [this] { m_tabs->updateData(); });
+        m_tabs->updateData();
+        QTRY_COMPARE_WITH_TIMEOUT(calls("getClipboards"), 3, kLong);
+        QTest::qWait(50); // let a pending reload run if there is one
+        QCOMPARE(tabs(), QStringList({"First", "Second", "Third"}));
+    }
+
+    void numbering_data()
+    {
+        QTest::addColumn<bool>("german");
+        QTest::addColumn<QStringList>("existing");
+        QTest::addColumn<QString>("expected");
+        const QString nc = "New Clipboard", de = "Neue Zwischenablage";
+        QTest::newRow("base and 3") << false << QStringList{nc, nc + " (3)"} << nc + " (4)";
+        QTest::newRow("none of ours") << false << QStringList{"Inbox"} << nc;
+        QTest::newRow("highest wins") << false << QStringList{nc + " (7)", nc + " (2)"} << nc + " (8)";
+        QTest::newRow("not a number") << false << QStringList{nc + " (x)"} << nc;
+        // Only the English words are taken out before reading the number, so translated
+        // numbered names never parse.
+        QTest::newRow("German, base and 3") << true << QStringList{de, de + " (3)"} << de + " (1)";
+        QTest::newRow("German, English names do not count") << true << QStringList{nc, nc + " (4)"} << de;
+    }
+
+    void numbering()
+    {
+        QFETCH(bool, german);
+        QFETCH(QStringList, existing);
+        QFETCH(QString, expected);
+        QTranslator translator;
+        QVERIFY(translator.load(":/translations/orvexworkbench_de.qm"));
+        if (german)
+            QCoreApplication::installTranslator(&translator);
+        auto removeTranslator = qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
+        for (const QString &name : qAsConst(existing))
+            m_classify->addClipboard(name);
+        start();
+        clickAdd();
+        QCOMPARE(tabs(), existing + QStringList{expected});
+        QCOMPARE(m_tabs->currentIndex(), existing.size()); // focused
+        QCOMPARE(m_classify->clipboards().last().name, expected);
+    }
+
+    void removeClipboard_data()
+    {
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("serverFails");
+        QTest::addColumn<bool>("fromMenu"); // the board's menu, else the tab's close button
+        QTest::addColumn<bool>("removed");
+        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << true;
+        QTest::newRow("no") << int(QMessageBox::No) << false << false << false;
+        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << false;
+        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << true;
+    }
+
+    void removeClipboard()
+    {
+        QFETCH(int, answer);
+        QFETCH(bool, serverFails);
+        QFETCH(bool, fromMenu);
+        QFETCH(bool, removed);
+        m_classify->addClipboard("Keep");
+        const QString doomed = m_classify->addClipboard("Doomed");
+        start();
+        m_classify->log().setFailing("removeClipboard", serverFails);
+        m_tabs->setCurrentIndex(1);
+        QPointer<orvexwbwebview> board = m_tabs->boardAt(1);
+
+        ModalAnswerer answerer(static_cast<QMessageBox::StandardButton>(answer));
+        if (fromMenu)
+            QMetaObject::invokeMethod(board, "removeClipboard");
+        else
+            QTest::mouseClick(closeButton(1), Qt::LeftButton);
+        QVERIFY(answerer.answered());
+        QCOMPARE(m_classify->log().callsOf("removeClipboard").size(), answer == QMessageBox::Yes ? 1 : 0);
+        QCOMPARE(tabs(), removed ? QStringList({"Keep"}) : QStringList({"Keep", "Doomed"}));
+        QCOMPARE(m_classify->hasClipboard(doomed), !removed);
+        if (removed) {
+            QTRY_VERIFY_WITH_TIMEOUT(!board, kLong);
+        } else {
+            QVERIFY(!board->isStopped());
+        }
+        QTest::qWait(150); // never a replacement while others are left
+        QCOMPARE(calls("createClipboard"), 0);
+    }
+
+    void rename_data()
+    {
+        QTest::addColumn<QString>("typed"); // "<clear>" empties the field
+        QTest::addColumn<QString>("finish"); // "return", "escape" or "focus" (moved elsewhere)
+        QTest::addColumn<bool>("serverFails");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("serverName"); // also the board's, and the title after a reload
+        const QString longName(300, 'x');
+        QTest::newRow("new name") << "Projects" << "return" << false << "Projects" << "Projects";
+        QTest::newRow("empty text restores") << "<clear>" << "return" << false << "Inbox" << "Inbox";
+        QTest::newRow("cut to 254") << longName << "return" << false << longName.left(254) << longName.left(254);
+        QTest::newRow("escape restores") << "Never mind" << "escape" << false << "Inbox" << "Inbox";
+        QTest::newRow("focus loss commits") << "Elsewhere" << "focus" << false << "Elsewhere" << "Elsewhere";
+        QTest::newRow("server refuses: tab keeps the text") << "Refused" << "return" << true << "Refused" << "Inbox";
+    }
+
+    void rename()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, finish);
+        QFETCH(bool, serverFails);
+        QFETCH(QString, title);
+        QFETCH(QString, serverName);
+        m_classify->addClipboard("Other");
+        const QString inbox = m_classify->addClipboard("Inbox");
+        start();
+        QApplication::setActiveWindow(m_window); // no window manager under Xvfb to do it
+        m_classify->log().setFailing("renameClipboard", serverFails);
+
+        QLineEdit *editor = startRename(1);
+        QVERIFY(editor);
+        QTRY_VERIFY(editor->hasFocus());
+        QCOMPARE(editor->selectedText(), QStringLiteral("Inbox"));
+        if (typed == "<clear>")
+            QTest::keyClick(editor, Qt::Key_Backspace);
+        else
+            QTest::keyClicks(editor, typed);
+        if (finish == "focus")
+            filterField()->setFocus();
+        else
+            QTest::keyClick(editor, finish == "escape" ? Qt::Key_Escape : Qt::Key_Return);
+
+        QTRY_COMPARE(m_tabs->tabText(1), title);
+        const bool renamed = title != "Inbox";
+        QCOMPARE(m_classify->log().callsOf("renameClipboard").size(), renamed ? 1 : 0);
+        QCOMPARE(m_classify->clipboard(inbox).name, serverName);
+        // The editor is gone; the tab bar works again; a reload shows the server's name.
+        QTRY_VERIFY(!m_tabs->tabBar()->findChild<QLineEdit *>("m_renameEditor"));
+        QVERIFY(!m_tabs->tabBar()->signalsBlocked());
+        m_tabs->updateData();
+        QCOMPARE(m_tabs->tabText(1), serverName);
+    }
+
+    void readOnlyIsProtected()
+    {
+        m_classify->addClipboard("Mine");
+        m_classify->addClipboard("Theirs", false);
+        start();
+        QVERIFY(!startRename(1));
+        QCOMPARE(m_tabs->tabText(1), QStringLiteral("Theirs"));
+        // Double-clicking beside the tabs renames nothing either: the cursor decides, not the index.
+        QTabBar *bar = m_tabs->tabBar();
+        QCursor::setPos(bar->mapToGlobal(QPoint(bar->width() + 40, bar->height() / 2)));
+        emit bar->tabBarDoubleClicked(0);
+        QVERIFY(!bar->findChild<QLineEdit *>("m_renameEditor"));
+        // Even asked directly, a read-only clipboard is not removed and no question shows.
+        m_tabs->setCurrentIndex(1);
+        emit bar->tabCloseRequested(1);
+        QMetaObject::invokeMethod(m_tabs, "doRemoveClipboard");
+        QCOMPARE(calls("removeClipboard"), 0);
+        QCOMPARE(tabs(), QStringList({"Mine", "Theirs (R)"}));
+    }
+
+    void filter_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QList<bool>>("enabled"); // Inbox, Invoices 2026, Archive
+        QTest::newRow("prefix") << "in" << QList<bool>{true, true, false};
+        QTest::newRow("inside the name") << "2026" << QList<bool>{false, true, false};
+    }
+
+    void filter()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QList<bool>, enabled);
+        m_classify->addClipboard("Inbox");
+        m_classify->addClipboard("Invoices 2026");
+        m_classify->addClipboard("Archive", false);
+        start();
+        QTest::keyClicks(filterField(), typed);
+        QList<bool> seen;
+        for (int i = 0; i < m_tabs->count(); ++i) // filtered tabs are disabled, not removed
+            seen << m_tabs->isTabEnabled(i);
+        QCOMPARE(seen, enabled);
+        // Adding a clipboard clears the filter: every tab shows again.
+        clickAdd();
+        QVERIFY(filterField()->text().isEmpty());
+        for (int i = 0; i < m_tabs->count(); ++i)
+            QVERIFY(m_tabs->isTabEnabled(i));
+        QCOMPARE(m_tabs->currentIndex(), 3);
+    }
+
+    void stopStopsEveryBoard()
+    {
+        const QString one = m_classify->addClipboard("One");
+        m_classify->addClipboard("Two");
+        m_classify->addEntry(one, "17", "1017");
+        start();
+        QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardCount(), 1, kLong);
+
+        // An update job is inside the server call when stop() comes.
+        orvexwbwebview *board = m_tabs->boardAt(0);
+        CallLog &log = m_classify->log();
+        const QString call = "getClipboardDocuments";
+        log.setStalled(call);
+        // The first update may still be running; ask until a new one is inside.
+        QElapsedTimer clock;
+        clock.start();
+        bool inside = false;
+        while (!inside && clock.elapsed() < kLong) {
+            board->updateCards();
+            inside = log.waitStalled(call, 100);
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(inside);
+        QAtomicInt released = 0;
+        // The GUI thread waits inside stop(), so the release comes from elsewhere.
+        QFuture<void> releaser = QtConcurrent::run([&log, &released, call] {
+            QThread::msleep(200);
+            released = 1;
+            log.release(call);
+        });
+        m_tabs->stop();
+        QCOMPARE(int(released), 1); // stop() waited for the running job
+        releaser.waitForFinished();
+        for (orvexwbwebview *each : m_tabs->boards())
+            QVERIFY(each->isStopped());
+        // No new work starts.
+        log.setStalled(call, false);
+        log.clear();
+        m_tabs->reloadData();
+        m_tabs->boardAt(0)->reloadCards();
+        QTest::qWait(200);
+        QCOMPARE(calls("getClipboardDocuments") + calls("searchDocuments"), 0);
+        // Stopped boards go quietly, each giving its connection back.
+        delete m_window;
+        m_window = nullptr;
+        QCOMPARE(m_archive->log().count("resetConnection"), 2);
+    }
+
 
 private:
-    void start(); // as the dock does it: clients first, then the chooser
-    QStringList tabs() const;
-    QStringList labels() const;
+    void start() // as the dock does it: clients first, then the chooser
+    {
+        m_tabs->setClassifyClient(m_classify);
+        m_tabs->setArchiveClient(m_archive);
+        m_tabs->setChooser(m_chooser);
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    }
+
+    // Each tab's title, with " (R)" for a read-only clipboard and " (?)" where the
+    // board's flag, the lock icon and the close button disagree.
+    QStringList tabs() const
+    {
+        QStringList result;
+        for (int i = 0; i < m_tabs->count(); ++i) {
+            const bool writeable = m_tabs->boardAt(i)->isWriteable();
+            const bool agree = m_tabs->tabIcon(i).isNull() == writeable && closeButton(i)->isVisible() == writeable;
+            result << m_tabs->tabText(i) + (writeable ? "" : " (R)") + (agree ? "" : " (?)");
+        }
+        return result;
+    }
+
+    QStringList labels() const
+    {
+        QStringList result;
+        for (orvexclipboardlabel *label : m_chooser->labels())
+            result << label->text();
+        return result;
+    }
+
     void clickAdd() { QTest::mouseClick(m_tabs->cornerControls()->findChild<QToolButton *>("m_addTab"), Qt::LeftButton); }
     QWidget *closeButton(int index) const { return m_tabs->tabBar()->tabButton(index, QTabBar::RightSide); }
     QLineEdit *filterField() const { return m_tabs->cornerControls()->findChild<QLineEdit *>("m_tabFilter"); }
@@ -79,54 +435,6 @@ private:
     orvexclipboardchooser *m_chooser = nullptr;
 };
 
-void tst_WorkbenchTab::init()
-{
-    m_classify = new RecordingClassifyClient(this);
-    m_archive = new RecordingArchiveClient(this);
-    m_window = new QWidget;
-    m_window->resize(1200, 500);
-    m_tabs = new orvexworkbenchtab(m_window);
-    (new QVBoxLayout(m_window))->addWidget(m_tabs);
-    m_chooser = new orvexclipboardchooser(m_window);
-}
-
-void tst_WorkbenchTab::cleanup()
-{
-    delete m_window;
-    delete m_classify;
-    delete m_archive;
-}
-
-void tst_WorkbenchTab::start()
-{
-    m_tabs->setClassifyClient(m_classify);
-    m_tabs->setArchiveClient(m_archive);
-    m_tabs->setChooser(m_chooser);
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window));
-}
-
-// Each tab's title, with " (R)" for a read-only clipboard and " (?)" where the
-// board's flag, the lock icon and the close button disagree.
-QStringList tst_WorkbenchTab::tabs() const
-{
-    QStringList result;
-    for (int i = 0; i < m_tabs->count(); ++i) {
-        const bool writeable = m_tabs->boardAt(i)->isWriteable();
-        const bool agree = m_tabs->tabIcon(i).isNull() == writeable && closeButton(i)->isVisible() == writeable;
-        result << m_tabs->tabText(i) + (writeable ? "" : " (R)") + (agree ? "" : " (?)");
-    }
-    return result;
-}
-
-QStringList tst_WorkbenchTab::labels() const
-{
-    QStringList result;
-    for (orvexclipboardlabel *label : m_chooser->labels())
-        result << label->text();
-    return result;
-}
-
 QLineEdit *tst_WorkbenchTab::startRename(int index)
 {
     QTabBar *bar = m_tabs->tabBar();
@@ -136,456 +444,7 @@ QLineEdit *tst_WorkbenchTab::startRename(int index)
     return bar->findChild<QLineEdit *>("m_renameEditor");
 }
 
-void tst_WorkbenchTab::serverListDiff()
-{
-    const QString renamed = m_classify->addClipboard("Old name", true);
-    const QString locked = m_classify->addClipboard("Becomes read-only", true);
-    const QString unlocked = m_classify->addClipboard("Becomes writeable", false);
-    const QString removed = m_classify->addClipboard("Removed elsewhere", true);
-    m_classify->addEntry(renamed, "17", "1017");
-    start();
-    QCOMPARE(tabs(), QStringList({"Old name", "Becomes read-only", "Becomes writeable (R)", "Removed elsewhere"}));
-    QCOMPARE(labels(), QStringList({"Old name", "Becomes read-only", "Removed elsewhere"})); // writeable only
-    QCOMPARE(m_tabs->boardAt(0)->getId(), renamed);
-    QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardIds(), QStringList{"1017"}, kLong); // the current tab's cards
-    m_tabs->setCurrentIndex(1);
-    QPointer<orvexwbwebview> removedBoard = m_tabs->boardAt(3);
-    orvexwbwebview *renamedBoard = m_tabs->boardAt(0);
 
-    m_classify->renameClipboard(renamed, "New name");
-    m_classify->setClipboardFlags(locked, "R");
-    m_classify->setClipboardFlags(unlocked, "W");
-    m_classify->removeClipboard(removed);
-    const QString added = m_classify->addClipboard("Added elsewhere", false);
-    m_classify->log().clear();
-    m_tabs->updateData();
-
-    QCOMPARE(tabs(), QStringList({"New name", "Becomes read-only (R)", "Becomes writeable", "Added elsewhere (R)"}));
-    QCOMPARE(m_tabs->boardAt(0), renamedBoard); // renamed in place
-    QCOMPARE(renamedBoard->getTabText(), QStringLiteral("New name"));
-    QCOMPARE(m_tabs->boardAt(3)->getId(), added);
-    QCOMPARE(m_tabs->currentIndex(), 1); // an added tab is not focused
-    QCOMPARE(labels(), QStringList({"New name", "Becomes writeable"}));
-    // The removed clipboard's board goes without resetting the archive client's connection.
-    QTRY_VERIFY_WITH_TIMEOUT(!removedBoard, kLong);
-    QCOMPARE(m_archive->log().count("resetConnection"), 0);
-    QCOMPARE(calls("createClipboard") + calls("renameClipboard") + calls("removeClipboard"), 0);
-}
-
-void tst_WorkbenchTab::malformedServerEntries()
-{
-    const QString dup = "{00000000-0000-0000-0000-00000000000d}";
-    m_classify->setRawClipboards({{"u-noflag", "No flag field"}, {"u-emptyflag", "Empty flag" + QString(kSep)},
-                                  {"u-lower", "Lower-case flag" + QString(kSep) + "w"},
-                                  {dup, "Duplicate" + QString(kSep) + "W"}, {dup, "Duplicate again" + QString(kSep) + "W"},
-                                  {QString(), "No uuid" + QString(kSep) + "W"}, {"u-noname", QString(kSep) + "W"},
-                                  {"u-extra", "Extra fields" + QString(kSep) + "W" + kSep + "x"}});
-    start();
-    QCOMPARE(tabs(), QStringList({"No flag field (R)", "Empty flag (R)", "Lower-case flag (R)", "Duplicate",
-                                  "(unnamed)", "Extra fields"}));
-    // An empty name is the server's name, not a request to create a clipboard.
-    QCOMPARE(m_tabs->boardAt(4)->getTabText(), QString());
-    QCOMPARE(m_chooser->labels().size(), 3);
-    // A second reload keeps the same boards: nothing is torn down and rebuilt.
-    const QList<orvexwbwebview *> before = m_tabs->boards();
-    m_tabs->updateData();
-    QCOMPARE(m_tabs->boards(), before);
-    QCOMPARE(calls("createClipboard"), 0);
-}
-
-void tst_WorkbenchTab::noClipboardLeft()
-{
-    start();
-    QCOMPARE(tabs(), QStringList{"New Clipboard"});
-    QCOMPARE(m_classify->log().last("createClipboard").args, QVariantList{"New Clipboard"});
-    QCOMPARE(m_tabs->boardAt(0)->getId(), m_classify->clipboards().first().uuid);
-    QCOMPARE(labels(), QStringList{""}); // the name it was asked with
-    m_tabs->updateData(); // finds it on the server
-    QCOMPARE(labels(), QStringList{"New Clipboard"});
-    QCOMPARE(calls("createClipboard"), 1);
-
-    m_classify->removeClipboard(m_tabs->boardAt(0)->getId()); // removed elsewhere: a new one
-    m_tabs->updateData();
-    QCOMPARE(calls("createClipboard"), 2);
-    QCOMPARE(m_tabs->boardAt(0)->getId(), m_classify->clipboards().first().uuid);
-
-    {
-        ModalAnswerer yes(QMessageBox::Yes); // removed by the user: a new one 100 ms later
-        QTest::mouseClick(closeButton(0), Qt::LeftButton);
-        QVERIFY(yes.answered());
-    }
-    QElapsedTimer clock;
-    clock.start();
-    QCOMPARE(m_tabs->count(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(tabs(), QStringList{"New Clipboard"}, kLong);
-    QVERIFY(clock.elapsed() >= 90);
-    QCOMPARE(calls("createClipboard"), 3);
-    QCOMPARE(m_classify->clipboards().size(), 1);
-}
-
-void tst_WorkbenchTab::serverFailingEveryCall()
-{
-    for (const char *op : {"getClipboards", "createClipboard", "removeClipboard", "renameClipboard",
-                           "getClipboardDocuments", "getDocumentTypes", "getDocumentStatuses",
-                           "searchDocuments", "getCardInfo"})
-        m_classify->log().setFailing(op);
-    start();
-    QCOMPARE(tabs(), QStringList{"New Clipboard"}); // one to work in, without a server id
-    orvexwbwebview *board = m_tabs->boardAt(0);
-    // Reloads that fail keep the tabs instead of churning them.
-    m_tabs->updateData();
-    m_tabs->reloadData();
-    QCOMPARE(m_tabs->boards(), QList<orvexwbwebview *>{board});
-    // Adding still gives a tab; removing fails and leaves it.
-    clickAdd();
-    ModalAnswerer yes(QMessageBox::Yes);
-    QTest::mouseClick(closeButton(1), Qt::LeftButton);
-    QCOMPARE(tabs(), QStringList({"New Clipboard", "New Clipboard (1)"}));
-    QCOMPARE(calls("createClipboard"), 2);
-    // The server answering again lists neither: one new clipboard.
-    m_classify->log().setFailing("getClipboards", false);
-    m_tabs->updateData();
-    QCOMPARE(tabs(), QStringList{"New Clipboard"});
-}
-
-void tst_WorkbenchTab::reloadDuringPageLoadCreatesNoDuplicate()
-{
-    m_classify->addClipboard("First");
-    start();
-    m_classify->addClipboard("Second");
-    m_classify->addClipboard("Third");
-    // The second refresh arrives while the first waits for a page to load.
-    QTimer::singleShot(0, m_tabs, [this] { m_tabs->updateData(); });
-    m_tabs->updateData();
-    QTRY_COMPARE_WITH_TIMEOUT(calls("getClipboards"), 3, kLong);
-    QTest::qWait(50); // let a pending reload run if there is one
-    QCOMPARE(tabs(), QStringList({"First", "Second", "Third"}));
-}
-
-void tst_WorkbenchTab::numbering_data()
-{
-    QTest::addColumn<bool>("german");
-    QTest::addColumn<QStringList>("existing");
-    QTest::addColumn<QString>("expected");
-    const QString nc = "New Clipboard", de = "Neue Zwischenablage";
-    QTest::newRow("base and 3") << false << QStringList{nc, nc + " (3)"} << nc + " (4)";
-    QTest::newRow("only base") << false << QStringList{nc} << nc + " (1)";
-    QTest::newRow("none of ours") << false << QStringList{"Inbox"} << nc;
-    QTest::newRow("numbered without base") << false << QStringList{nc + " (1)"} << nc + " (2)";
-    QTest::newRow("highest wins") << false << QStringList{nc + " (7)", nc + " (2)"} << nc + " (8)";
-    QTest::newRow("not a number") << false << QStringList{nc + " (x)"} << nc;
-    QTest::newRow("not a number, base") << false << QStringList{nc, nc + " (x)"} << nc + " (1)";
-    QTest::newRow("case differs") << false << QStringList{"new clipboard"} << nc;
-    QTest::newRow("number without brackets") << false << QStringList{nc + " 5"} << nc + " (6)";
-    // Only the English words are taken out before reading the number, so translated
-    // numbered names never parse.
-    QTest::newRow("German, base and 3") << true << QStringList{de, de + " (3)"} << de + " (1)";
-    QTest::newRow("German, only numbered") << true << QStringList{de + " (3)"} << de;
-    QTest::newRow("German, English names do not count") << true << QStringList{nc, nc + " (4)"} << de;
-}
-
-void tst_WorkbenchTab::numbering()
-{
-    QFETCH(bool, german);
-    QFETCH(QStringList, existing);
-    QFETCH(QString, expected);
-    QTranslator translator;
-    QVERIFY(translator.load(":/translations/orvexworkbench_de.qm"));
-    if (german)
-        QCoreApplication::installTranslator(&translator);
-    auto removeTranslator = qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
-    for (const QString &name : qAsConst(existing))
-        m_classify->addClipboard(name);
-    start();
-    clickAdd();
-    QCOMPARE(m_classify->log().callsOf("createClipboard").size(), 1);
-    QCOMPARE(m_classify->log().last("createClipboard").args, QVariantList{expected});
-    QCOMPARE(tabs(), existing + QStringList{expected});
-    // A clipboard the user adds is focused and has the server's uuid.
-    QCOMPARE(m_tabs->currentIndex(), existing.size());
-    QCOMPARE(m_tabs->boardAt(existing.size())->getId(), m_classify->clipboards().last().uuid);
-}
-
-void tst_WorkbenchTab::removeClipboard_data()
-{
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("serverFails");
-    QTest::addColumn<bool>("fromMenu"); // the board's menu, else the tab's close button
-    QTest::addColumn<bool>("removed");
-    QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << true;
-    QTest::newRow("no") << int(QMessageBox::No) << false << false << false;
-    QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << false;
-    QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << true;
-}
-
-void tst_WorkbenchTab::removeClipboard()
-{
-    QFETCH(int, answer);
-    QFETCH(bool, serverFails);
-    QFETCH(bool, fromMenu);
-    QFETCH(bool, removed);
-    m_classify->addClipboard("Keep");
-    const QString doomed = m_classify->addClipboard("Doomed");
-    start();
-    m_classify->log().setFailing("removeClipboard", serverFails);
-    m_tabs->setCurrentIndex(1);
-    QPointer<orvexwbwebview> board = m_tabs->boardAt(1);
-
-    ModalAnswerer answerer(static_cast<QMessageBox::StandardButton>(answer));
-    if (fromMenu)
-        QMetaObject::invokeMethod(board, "removeClipboard");
-    else
-        QTest::mouseClick(closeButton(1), Qt::LeftButton);
-    QVERIFY(answerer.answered());
-    QCOMPARE(answerer.seenText(), QStringLiteral("Remove Clipboard Doomed ?"));
-    QCOMPARE(m_classify->log().callsOf("removeClipboard").size(), answer == QMessageBox::Yes ? 1 : 0);
-    QCOMPARE(tabs(), removed ? QStringList({"Keep"}) : QStringList({"Keep", "Doomed"}));
-    QCOMPARE(m_classify->hasClipboard(doomed), !removed);
-    if (removed) {
-        QCOMPARE(m_tabs->minimumHeight(), m_tabs->cornerControls()->height());
-        QTRY_VERIFY_WITH_TIMEOUT(!board, kLong);
-    } else {
-        QVERIFY(!board->isStopped());
-    }
-    QTest::qWait(150); // never a replacement while others are left
-    QCOMPARE(calls("createClipboard"), 0);
-}
-
-void tst_WorkbenchTab::rename_data()
-{
-    QTest::addColumn<QString>("typed"); // "<clear>" empties the field
-    QTest::addColumn<QString>("finish"); // "return", "escape" or "focus" (moved elsewhere)
-    QTest::addColumn<bool>("serverFails");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("serverName"); // also the board's, and the title after a reload
-    const QString longName(300, 'x');
-    QTest::newRow("new name") << "Projects" << "return" << false << "Projects" << "Projects";
-    QTest::newRow("empty text restores") << "<clear>" << "return" << false << "Inbox" << "Inbox";
-    QTest::newRow("same name") << "Inbox" << "return" << false << "Inbox" << "Inbox";
-    QTest::newRow("case change is a rename") << "INBOX" << "return" << false << "INBOX" << "INBOX";
-    QTest::newRow("cut to 254") << longName << "return" << false << longName.left(254) << longName.left(254);
-    QTest::newRow("escape restores") << "Never mind" << "escape" << false << "Inbox" << "Inbox";
-    QTest::newRow("focus loss commits") << "Elsewhere" << "focus" << false << "Elsewhere" << "Elsewhere";
-    QTest::newRow("server refuses: tab keeps the text") << "Refused" << "return" << true << "Refused" << "Inbox";
-}
-
-void tst_WorkbenchTab::rename()
-{
-    QFETCH(QString, typed);
-    QFETCH(QString, finish);
-    QFETCH(bool, serverFails);
-    QFETCH(QString, title);
-    QFETCH(QString, serverName);
-    m_classify->addClipboard("Other");
-    const QString inbox = m_classify->addClipboard("Inbox");
-    start();
-    QApplication::setActiveWindow(m_window); // no window manager under Xvfb to do it
-    m_classify->log().setFailing("renameClipboard", serverFails);
-
-    QLineEdit *editor = startRename(1);
-    QVERIFY(editor);
-    QTRY_VERIFY(editor->hasFocus());
-    QCOMPARE(m_tabs->currentIndex(), 1);
-    QCOMPARE(editor->selectedText(), QStringLiteral("Inbox"));
-    QVERIFY(m_tabs->tabText(1).isEmpty());
-    if (typed == "<clear>")
-        QTest::keyClick(editor, Qt::Key_Backspace);
-    else
-        QTest::keyClicks(editor, typed);
-    if (finish == "focus")
-        filterField()->setFocus();
-    else
-        QTest::keyClick(editor, finish == "escape" ? Qt::Key_Escape : Qt::Key_Return);
-
-    QTRY_COMPARE(m_tabs->tabText(1), title);
-    const bool renamed = title != "Inbox";
-    QCOMPARE(m_classify->log().callsOf("renameClipboard").size(), renamed ? 1 : 0);
-    if (renamed)
-        QCOMPARE(m_classify->log().last("renameClipboard").args, (QVariantList{inbox, title}));
-    QCOMPARE(m_classify->clipboard(inbox).name, serverName);
-    QCOMPARE(m_tabs->boardAt(1)->getTabText(), serverName);
-    // The editor is gone; the tab bar works again.
-    QTRY_VERIFY(!m_tabs->tabBar()->findChild<QLineEdit *>("m_renameEditor"));
-    QSignalSpy changed(m_tabs->tabBar(), &QTabBar::currentChanged);
-    m_tabs->setCurrentIndex(0);
-    QCOMPARE(changed.count(), 1);
-    m_tabs->updateData();
-    QCOMPARE(m_tabs->tabText(1), serverName);
-}
-
-void tst_WorkbenchTab::readOnlyIsProtected()
-{
-    m_classify->addClipboard("Mine");
-    m_classify->addClipboard("Theirs", false);
-    start();
-    QVERIFY(!startRename(1));
-    QCOMPARE(m_tabs->tabText(1), QStringLiteral("Theirs"));
-    QVERIFY(!m_tabs->tabBar()->signalsBlocked());
-    // Double-clicking beside the tabs renames nothing either: the cursor decides, not the index.
-    QTabBar *bar = m_tabs->tabBar();
-    QCursor::setPos(bar->mapToGlobal(QPoint(bar->width() + 40, bar->height() / 2)));
-    emit bar->tabBarDoubleClicked(0);
-    QVERIFY(!bar->findChild<QLineEdit *>("m_renameEditor"));
-    // Even asked directly, a read-only clipboard is not removed and no question shows.
-    m_tabs->setCurrentIndex(1);
-    emit bar->tabCloseRequested(1);
-    QMetaObject::invokeMethod(m_tabs, "doRemoveClipboard");
-    QCOMPARE(calls("removeClipboard"), 0);
-    QCOMPARE(tabs(), QStringList({"Mine", "Theirs (R)"}));
-}
-
-void tst_WorkbenchTab::filter_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QList<bool>>("enabled"); // Inbox, Invoices 2026, Archive
-    QTest::newRow("prefix") << "in" << QList<bool>{true, true, false};
-    QTest::newRow("other case") << "INV" << QList<bool>{false, true, false};
-    QTest::newRow("inside the name") << "2026" << QList<bool>{false, true, false};
-    QTest::newRow("matches nothing") << "zzz" << QList<bool>{false, false, false};
-    QTest::newRow("blank matches blank") << " " << QList<bool>{false, true, false};
-}
-
-void tst_WorkbenchTab::filter()
-{
-    QFETCH(QString, typed);
-    QFETCH(QList<bool>, enabled);
-    m_classify->addClipboard("Inbox");
-    m_classify->addClipboard("Invoices 2026");
-    m_classify->addClipboard("Archive", false);
-    start();
-    QTest::keyClicks(filterField(), typed);
-    QList<bool> seen;
-    for (int i = 0; i < m_tabs->count(); ++i) // filtered tabs are disabled, not removed
-        seen << m_tabs->isTabEnabled(i);
-    QCOMPARE(seen, enabled);
-    QCOMPARE(m_tabs->minimumHeight(), m_tabs->cornerControls()->height());
-    // Adding a clipboard clears the filter: every tab shows again.
-    clickAdd();
-    QVERIFY(filterField()->text().isEmpty());
-    for (int i = 0; i < m_tabs->count(); ++i)
-        QVERIFY(m_tabs->isTabEnabled(i));
-    QCOMPARE(m_tabs->currentIndex(), 3);
-}
-
-void tst_WorkbenchTab::boardSignalsAndEnabledSheet()
-{
-    m_classify->addClipboard("One");
-    m_classify->addClipboard("Two");
-    start();
-    orvexwbwebview *two = m_tabs->boardAt(1);
-    QSignalSpy commands(m_tabs, &orvexworkbenchtab::doCommand);
-    emit two->doCommand("EXPORTDOCS", {"5", "6"});
-    QCOMPARE(commands, QList<QVariantList>({{"EXPORTDOCS", QStringList{"5", "6"}}}));
-    emit two->focusTab();
-    QCOMPARE(m_tabs->currentIndex(), 1);
-    emit two->addNewClipboard(); // from the board's menu
-    QCOMPARE(m_tabs->count(), 3);
-    QCOMPARE(m_tabs->currentIndex(), 2);
-    // A board asks for the list to be re-read (after changing rights, say).
-    m_classify->renameClipboard(m_tabs->boardAt(0)->getId(), "Renamed");
-    emit two->reloadClipboards();
-    QCOMPARE(m_tabs->tabText(0), QStringLiteral("Renamed"));
-
-    // Disabled, the tab set keeps only the buttons' sheet.
-    m_window->setEnabled(false);
-    QCOMPARE(m_tabs->styleSheet(), orvexworkbenchtab::buttonOnlySheet());
-    m_window->setEnabled(true);
-    QCOMPARE(m_tabs->styleSheet(), orvexworkbenchtab::fullSheet());
-}
-
-void tst_WorkbenchTab::refreshes()
-{
-    const QString one = m_classify->addClipboard("One");
-    const QString two = m_classify->addClipboard("Two");
-    m_classify->addEntry(one, "17", "1017");
-    m_classify->addEntry(two, "18", "1018");
-    start();
-    // Give both boards their cards, so that their updates have work to do.
-    QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardCount(), 1, kLong);
-    m_tabs->setCurrentIndex(1);
-    QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(1)->cardCount(), 1, kLong);
-    QTRY_VERIFY_WITH_TIMEOUT(calls("searchDocuments") >= 2, kLong);
-    QTest::qWait(100);
-
-    // Light refresh: the list, then every board's update.
-    m_classify->log().clear();
-    m_tabs->updateData();
-    QCOMPARE(calls("getClipboards"), 1);
-    QTRY_COMPARE_WITH_TIMEOUT(calls("searchDocuments"), 2, kLong);
-    QCOMPARE(calls("getDocumentTypes"), 0);
-    // Full reload: the classification tables and the update, no list.
-    m_classify->log().clear();
-    m_tabs->reloadData();
-    QCOMPARE(calls("getDocumentTypes") + calls("getDocumentStatuses"), 4);
-    QTRY_COMPARE_WITH_TIMEOUT(calls("searchDocuments"), 2, kLong);
-    QCOMPARE(calls("getClipboards"), 0);
-}
-
-void tst_WorkbenchTab::stopStopsEveryBoard()
-{
-    const QString one = m_classify->addClipboard("One");
-    m_classify->addClipboard("Two");
-    m_classify->addEntry(one, "17", "1017");
-    start();
-    QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardCount(), 1, kLong);
-
-    // An update job is inside the server call when stop() comes.
-    orvexwbwebview *board = m_tabs->boardAt(0);
-    CallLog &log = m_classify->log();
-    const QString call = "getClipboardDocuments";
-    log.setStalled(call);
-    // The first update may still be running; ask until a new one is inside.
-    QElapsedTimer clock;
-    clock.start();
-    bool inside = false;
-    while (!inside && clock.elapsed() < kLong) {
-        board->updateCards();
-        inside = log.waitStalled(call, 100);
-        QCoreApplication::processEvents();
-    }
-    QVERIFY(inside);
-    QAtomicInt released = 0;
-    // The GUI thread waits inside stop(), so the release comes from elsewhere.
-    QFuture<void> releaser = QtConcurrent::run([&log, &released, call] {
-        QThread::msleep(200);
-        released = 1;
-        log.release(call);
-    });
-    m_tabs->stop();
-    QCOMPARE(int(released), 1); // stop() waited for the running job
-    releaser.waitForFinished();
-    for (orvexwbwebview *each : m_tabs->boards())
-        QVERIFY(each->isStopped() && each->signalsBlocked());
-    // No new work starts.
-    log.setStalled(call, false);
-    log.clear();
-    m_tabs->reloadData();
-    m_tabs->boardAt(0)->reloadCards();
-    QTest::qWait(200);
-    QCOMPARE(calls("getClipboardDocuments") + calls("searchDocuments"), 0);
-}
-
-void tst_WorkbenchTab::destructionOrder()
-{
-    m_classify->addClipboard("One");
-    m_classify->addClipboard("Two");
-    m_tabs->setClassifyClient(m_classify);
-    m_tabs->setChooser(m_chooser);
-    m_tabs->setArchiveClient(m_archive); // given later, after the connection chain, it reaches the open boards
-    messages.clear();
-    QLoggingCategory::setFilterRules("orvex.workbench.debug=true");
-    previousHandler = qInstallMessageHandler(recordMessage);
-    delete m_window;
-    m_window = nullptr;
-    qInstallMessageHandler(previousHandler);
-    const QStringList tags{"DESTROY TAB", "STOP STARTED", "STOP", "TAP STOP FINISHED", "TAB DESTROYED", "WEBVIEW DESTROYED"};
-    messages = messages.filter(QRegularExpression("^(" + tags.join('|') + ")$"));
-    // Both boards are stopped before the tab set is done, and go after it
-    // (a board stops itself once more on its way out).
-    QCOMPARE(messages, QStringList({"DESTROY TAB", "STOP STARTED", "STOP", "STOP", "TAP STOP FINISHED", "TAB DESTROYED",
-                                    "STOP", "WEBVIEW DESTROYED", "STOP", "WEBVIEW DESTROYED"}));
-    QCOMPARE(m_archive->log().count("resetConnection"), 2); // each board gives its connection back
-}
 
 QTEST_MAIN(tst_WorkbenchTab)
 #include "tst_workbenchtab.moc"

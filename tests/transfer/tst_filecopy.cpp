@@ -1,8 +1,6 @@
 // The transfer progress dialog: its arithmetic and how it reacts to the
 // client's byte counts.
-#include "dmsmailnames.h"
 #include "orvexfilecopy.h"
-#include "orvextranslations.h"
 
 #include <QLabel>
 #include <QProgressBar>
@@ -24,13 +22,10 @@ private slots:
         const QString form = "%1 MBytes / sec\r\nVerstrichen: %2 noch %3 ";
         QTest::newRow("1 percent after 30 s") << qint64(30) * 1024 * 1024 << qint64(30000) << 1
                                               << form.arg("1", "00:00:30", "00:49:30");
-        QTest::newRow("elapsed 3725 s") << qint64(3725) * 1024 * 1024 << qint64(3725000) << 50
-                                        << form.arg("1", "01:02:05", "01:02:05");
         // Even a trickle is shown in MBytes, with two significant digits.
         QTest::newRow("slow") << qint64(367002) << qint64(1000) << 10 << form.arg("0.35", "00:00:01", "00:00:09");
         QTest::newRow("exponent") << qint64(120) * 1024 * 1024 << qint64(1000) << 10
                                   << form.arg("1.2e+02", "00:00:01", "00:00:09");
-        QTest::newRow("under a second") << qint64(1024) << qint64(500) << 3 << form.arg("0.002", "00:00:00", "00:00:00");
     }
 
     void speedLine()
@@ -64,15 +59,12 @@ private slots:
         QCOMPARE(bar(dialog)->value(), 25);
         QCOMPARE(OrvexFileCopy::percentOf(qint64(3) << 30, qint64(4) << 30), 75); // files beyond 2 GB
         QVERIFY(cancel(dialog)->isEnabled());
-        QCOMPARE(dialog.findChild<QProgressBar *>("m_pTotal")->value(), 2);
-        QVERIFY2(speed(dialog).contains(" MBytes / sec\r\nVerstrichen: 00:00:00 noch "), qPrintable(speed(dialog)));
         // A new file restarts the bar; Cancel stays usable.
         dialog.setProgressMax("2000");
         QCOMPARE(bar(dialog)->value(), 0);
         QVERIFY(cancel(dialog)->isEnabled());
         dialog.copyFinished();
         QCOMPARE(bar(dialog)->maximum(), 0);
-        QCOMPARE(dialog.findChild<QLabel *>("m_Text")->text(), QString("Document sent. Waiting for confirmation..."));
     }
 
     void cancelAndClose()
@@ -87,17 +79,6 @@ private slots:
         QVERIFY(dialog.close());
         QCOMPARE(cancelled.count(), 2);
         QCOMPARE(rejected.count(), 1);
-    }
-
-    void germanCatalogue() // last: installs a translator for the rest of the process
-    {
-        QVERIFY(OrvexTranslations::install(QLocale(QLocale::German)));
-        OrvexFileCopy dialog;
-        QCOMPARE(cancel(dialog)->text(), QString("&Abbrechen"));
-        QCOMPARE(speed(dialog), QString("Starte..."));
-        dialog.copyFinished();
-        QCOMPARE(dialog.findChild<QLabel *>("m_Text")->text(), QString("Dokument gesendet. Warte auf Bestätigung..."));
-        QCOMPARE(dmsmailnames().windowTitle(), QString("Dokumente senden..."));
     }
 
 private:
