@@ -10,6 +10,7 @@
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
@@ -33,6 +34,7 @@ const QChar kInfoSep(0xFFFD);
 const QChar kVersionSep(0xFEFF);
 constexpr int kMaxDuplicateLines = 50;
 constexpr int kOriginalImageSize = 1024;
+constexpr qint64 kProgressInterval = 50; // ms between two byte counts of a transfer
 
 bool parseId(const QString &text, qlonglong &id)
 {
@@ -298,6 +300,15 @@ bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qin
     };
     emit totalFileSize(QString::number(total));
     qint64 done = 0;
+    // The byte counts reach GUI objects queued, and one per chunk would flood
+    // the GUI thread on a fast disk: the first, then one per interval, and the last.
+    qint64 reported = 0;
+    QElapsedTimer sinceReport;
+    const auto report = [&] {
+        reported = done;
+        sinceReport.start();
+        emit currentReadSize(QString::number(done));
+    };
     QByteArray buffer(chunk, Qt::Uninitialized);
     for (;;) {
         if (m_cancel.loadAcquire())
@@ -312,8 +323,11 @@ bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qin
         if (hash)
             hash->addData(buffer.constData(), read);
         done += read;
-        emit currentReadSize(QString::number(done));
+        if (!sinceReport.isValid() || sinceReport.hasExpired(kProgressInterval))
+            report();
     }
+    if (done != reported)
+        report();
     if (m_cancel.loadAcquire())
         return abandon(tr("The transfer was canceled."));
     if (!target.flush())
@@ -755,6 +769,8 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
     OrvexContentHash hash;
     if (!stream([&] { return copyChunked(filePath, target, info.size(), &hash); }))
         return false;
+    // What arrived, which is what was hashed, even if the source changed meanwhile.
+    const qint64 size = QFileInfo(target).size();
     const QString acting = user();
     QString error;
     const bool stored = m_store->write([&](QSqlDatabase &db, QString &stepError) {
@@ -765,7 +781,7 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
         insert.addBindValue(acting);
         insert.addBindValue(relative);
         insert.addBindValue(info.fileName());
-        insert.addBindValue(info.size());
+        insert.addBindValue(size);
         insert.addBindValue(hash.hex());
         insert.addBindValue(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
         return exec(insert, stepError);
@@ -818,6 +834,12 @@ QStringList OrvexArchiveClient::checkDuplicates(QString archiveData, QString fil
     if (!OrvexPdfTools::inspect(path, inspection, error)) {
         // Nobody can archive this file: the upload goes.
         discardUpload(uploadId);
+        fail(error);
+        return {};
+    }
+    // The commit runs on the caller's GUI thread: it takes pages, text and
+    // fingerprints from here instead of inspecting the file again.
+    if (!m_store->saveUploadInspection(uploadId, inspection, &error)) {
         fail(error);
         return {};
     }
@@ -896,48 +918,49 @@ bool OrvexArchiveClient::commitUpload(QString uploadId)
     if (!requireConnection())
         return false;
     const QString acting = user();
-    QString uploadFile;
-    QStringList createdFiles;
-    qlonglong docId = 0;
     QString error;
+    // Hash and size come from sendFile, pages, text and fingerprints from the
+    // duplicate check; an upload committed without a check is inspected now.
+    OrvexArchiveStore::Upload upload;
+    if (!m_store->readUpload(uploadId, acting, upload, error))
+        return fail(error.isEmpty() ? tr("Unknown upload %1").arg(uploadId) : error);
+    if (!upload.inspected && !OrvexPdfTools::inspect(upload.path, upload.content.inspection, error))
+        return fail(error);
+
+    QStringList movedFiles;
+    qlonglong docId = 0;
     const bool ok = m_store->write([&](QSqlDatabase &db, QString &stepError) {
-        QSqlQuery upload(db);
-        upload.prepare(QStringLiteral("SELECT file, original_name FROM uploads WHERE id = ? AND owner = ?"));
-        upload.addBindValue(uploadId);
-        upload.addBindValue(acting);
-        if (!exec(upload, stepError))
+        // Whoever committed or discarded the upload meanwhile has taken it.
+        QSqlQuery remove(db);
+        remove.prepare(QStringLiteral("DELETE FROM uploads WHERE id = ? AND owner = ?"));
+        remove.addBindValue(uploadId);
+        remove.addBindValue(acting);
+        if (!exec(remove, stepError))
             return false;
-        if (!upload.next()) {
+        if (remove.numRowsAffected() != 1) {
             stepError = tr("Unknown upload %1").arg(uploadId);
             return false;
         }
-        uploadFile = m_store->uploadsPath() + QLatin1Char('/') + upload.value(0).toString();
-        const QString originalName = upload.value(1).toString();
-        upload.finish();
         OrvexArchiveStore::ImportOptions options;
-        options.title = QFileInfo(originalName).completeBaseName();
-        options.fileName = originalName;
+        options.title = QFileInfo(upload.originalName).completeBaseName();
+        options.fileName = upload.originalName;
         options.statusKey = QStringLiteral("NEW");
         options.owner = acting;
+        options.moveSource = true;
         // The sample's status table may have been changed; a missing key is no reason to refuse.
         QSqlQuery status(db);
         if (!status.exec(QStringLiteral("SELECT 1 FROM doc_statuses WHERE key = 'NEW'")) || !status.next())
             options.statusKey.clear();
         status.finish();
-        docId = m_store->importFile(db, uploadFile, options, 0, createdFiles, stepError);
-        if (docId == 0)
-            return false;
-        QSqlQuery remove(db);
-        remove.prepare(QStringLiteral("DELETE FROM uploads WHERE id = ?"));
-        remove.addBindValue(uploadId);
-        return exec(remove, stepError);
+        docId = m_store->importContent(db, upload.path, upload.content, options, 0, movedFiles, stepError);
+        return docId != 0;
     }, &error);
     if (!ok) {
-        for (const QString &path : qAsConst(createdFiles))
-            QFile::remove(path);
+        // The file was moved last: only the commit itself failed after it.
+        for (const QString &path : qAsConst(movedFiles))
+            QFile::rename(path, upload.path);
         return fail(error);
     }
-    QFile::remove(uploadFile);
     {
         QMutexLocker locker(&m_mutex);
         m_lastArchivedDocId = docId;

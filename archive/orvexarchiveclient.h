@@ -129,7 +129,8 @@ private:
     // The file of one version (0 or less: the current one) of a readable document.
     bool versionFile(qlonglong docId, int version, VersionFile &file);
     bool exportVersion(qlonglong docId, int version, QString &localPath);
-    // Copies in chunks with the byte-count signals, feeding hash when given;
+    // Copies in chunks with the byte-count signals (the first chunk's, then at
+    // most one per 50 ms, and the last), feeding hash when given;
     // false when canceled or failing, and then the target file is gone.
     bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash = nullptr);
     // Runs copy as the class comment describes (own thread + local event loop on the GUI thread).

@@ -97,6 +97,14 @@ const QList<QStringList> &migrations()
             QStringLiteral("CREATE TABLE uploads(id TEXT PRIMARY KEY, owner TEXT NOT NULL, file TEXT NOT NULL, "
                            "original_name TEXT NOT NULL, size INTEGER NOT NULL, sha256 TEXT NOT NULL, created TEXT NOT NULL)"),
         },
+        // The duplicate check's inspection of an upload, kept for its commit:
+        // pages stays NULL until the check has run.
+        {
+            QStringLiteral("ALTER TABLE uploads ADD COLUMN pages INTEGER"),
+            QStringLiteral("ALTER TABLE uploads ADD COLUMN body TEXT"),
+            QStringLiteral("CREATE TABLE upload_pages(upload TEXT NOT NULL REFERENCES uploads(id) ON DELETE CASCADE, "
+                           "page INTEGER NOT NULL, hash BLOB NOT NULL, PRIMARY KEY(upload, page))"),
+        },
     };
     return steps;
 }
@@ -483,18 +491,30 @@ bool OrvexArchiveStore::ensureUser(const QString &user, QString *error)
     }, error);
 }
 
+bool OrvexArchiveStore::readContent(const QString &path, Content &content, QString &error)
+{
+    content = Content();
+    if (!OrvexPdfTools::inspect(path, content.inspection, error))
+        return false;
+    content.sha256 = OrvexContentHash::ofFile(path, error);
+    content.size = QFileInfo(path).size();
+    return !content.sha256.isEmpty();
+}
+
 qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourcePath, const ImportOptions &options,
                                         qlonglong newVersionOf, QStringList &createdFiles, QString &error)
 {
-    OrvexPdfTools::Inspection inspection;
-    if (!OrvexPdfTools::inspect(sourcePath, inspection, error))
+    Content content;
+    if (!readContent(sourcePath, content, error))
         return 0;
+    return importContent(db, sourcePath, content, options, newVersionOf, createdFiles, error);
+}
 
-    const QString sha = OrvexContentHash::ofFile(sourcePath, error);
-    if (sha.isEmpty())
-        return 0;
-    const qint64 size = QFileInfo(sourcePath).size();
-
+qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sourcePath, const Content &content,
+                                           const ImportOptions &options, qlonglong newVersionOf,
+                                           QStringList &createdFiles, QString &error)
+{
+    const OrvexPdfTools::Inspection &inspection = content.inspection;
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
     qlonglong docId = newVersionOf;
     int version = 1;
@@ -558,11 +578,13 @@ qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourceP
         return 0;
     }
     QFile::remove(target);
-    if (!QFile::copy(sourcePath, target)) {
-        error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
-        return 0;
+    if (!options.moveSource) {
+        if (!QFile::copy(sourcePath, target)) {
+            error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
+            return 0;
+        }
+        createdFiles << target;
     }
-    createdFiles << target;
 
     QSqlQuery versionRow(db);
     versionRow.prepare(QStringLiteral("INSERT INTO versions(doc_id, version, file, size, sha256, pages, created) "
@@ -570,8 +592,8 @@ qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourceP
     versionRow.addBindValue(docId);
     versionRow.addBindValue(version);
     versionRow.addBindValue(relative);
-    versionRow.addBindValue(size);
-    versionRow.addBindValue(sha);
+    versionRow.addBindValue(content.size);
+    versionRow.addBindValue(content.sha256);
     versionRow.addBindValue(inspection.pages);
     versionRow.addBindValue(now);
     if (!exec(versionRow, error))
@@ -606,7 +628,82 @@ qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourceP
     addText.addBindValue(inspection.text);
     if (!exec(removeText, error) || !exec(addText, error))
         return 0;
+
+    if (options.moveSource) {
+        if (!QFile::rename(sourcePath, target)) {
+            error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
+            return 0;
+        }
+        createdFiles << target;
+    }
     return docId;
+}
+
+bool OrvexArchiveStore::readUpload(const QString &uploadId, const QString &owner, Upload &upload, QString &error)
+{
+    upload = Upload();
+    QSqlDatabase db = database(&error);
+    if (!db.isOpen())
+        return false;
+    QSqlQuery row(db);
+    row.prepare(QStringLiteral("SELECT file, original_name, size, sha256, pages, body FROM uploads "
+                               "WHERE id = ? AND owner = ?"));
+    row.addBindValue(uploadId);
+    row.addBindValue(owner);
+    if (!exec(row, error) || !row.next())
+        return false;
+    upload.path = uploadsPath() + QLatin1Char('/') + row.value(0).toString();
+    upload.originalName = row.value(1).toString();
+    upload.content.size = row.value(2).toLongLong();
+    upload.content.sha256 = row.value(3).toString();
+    upload.inspected = !row.value(4).isNull();
+    if (!upload.inspected)
+        return true;
+    OrvexPdfTools::Inspection &inspection = upload.content.inspection;
+    inspection.pages = row.value(4).toInt();
+    inspection.text = row.value(5).toString();
+    row.finish();
+    QSqlQuery pages(db);
+    pages.prepare(QStringLiteral("SELECT hash FROM upload_pages WHERE upload = ? ORDER BY page"));
+    pages.addBindValue(uploadId);
+    if (!exec(pages, error))
+        return false;
+    while (pages.next())
+        inspection.pageHashes << pages.value(0).toByteArray();
+    return true;
+}
+
+bool OrvexArchiveStore::saveUploadInspection(const QString &uploadId, const OrvexPdfTools::Inspection &inspection,
+                                             QString *error)
+{
+    return write([&](QSqlDatabase &db, QString &stepError) {
+        QSqlQuery update(db);
+        update.prepare(QStringLiteral("UPDATE uploads SET pages = ?, body = ? WHERE id = ?"));
+        update.addBindValue(inspection.pages);
+        update.addBindValue(text(inspection.text));
+        update.addBindValue(uploadId);
+        if (!exec(update, stepError))
+            return false;
+        if (update.numRowsAffected() != 1) {
+            stepError = QStringLiteral("Unknown upload %1").arg(uploadId);
+            return false;
+        }
+        QSqlQuery clear(db);
+        clear.prepare(QStringLiteral("DELETE FROM upload_pages WHERE upload = ?"));
+        clear.addBindValue(uploadId);
+        if (!exec(clear, stepError))
+            return false;
+        QSqlQuery page(db);
+        page.prepare(QStringLiteral("INSERT INTO upload_pages(upload, page, hash) VALUES (?, ?, ?)"));
+        for (int i = 0; i < inspection.pageHashes.size(); ++i) {
+            page.addBindValue(uploadId);
+            page.addBindValue(i);
+            page.addBindValue(inspection.pageHashes.at(i));
+            if (!exec(page, stepError))
+                return false;
+        }
+        return true;
+    }, error);
 }
 
 bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error)

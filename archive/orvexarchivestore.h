@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvexarchiveglobal.h"
+#include "orvexpdftools.h"
 
 #include <QMutex>
 #include <QObject>
@@ -24,7 +25,7 @@ class ORVEXARCHIVE_EXPORT OrvexArchiveStore : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int SchemaVersion = 1;
+    static constexpr int SchemaVersion = 2;
     static constexpr int MaxNameLength = 100;
     static constexpr int MaxNoteLength = 1024;
     static constexpr int MaxClipboardEntries = 200;
@@ -80,9 +81,40 @@ public:
         QString date;     // yyyy-MM-dd, default today
         QString readRole; // empty: every user may read it
         QString owner;
+        // Renames the source into the archive instead of copying it (a file of
+        // the archive's own folder, such as an upload). It is the last step of
+        // the import, so that only the caller's commit can fail after it.
+        bool moveSource = false;
     };
     qlonglong importFile(QSqlDatabase &db, const QString &sourcePath, const ImportOptions &options,
                          qlonglong newVersionOf, QStringList &createdFiles, QString &error);
+
+    // What the archive keeps of a file's content.
+    struct Content
+    {
+        QString sha256;
+        qint64 size = 0;
+        OrvexPdfTools::Inspection inspection; // pages, text for the full-text index, page fingerprints
+    };
+    // Inspects and hashes a file: the expensive part of an import, which needs no transaction.
+    static bool readContent(const QString &path, Content &content, QString &error);
+    // importFile() with the content already known.
+    qlonglong importContent(QSqlDatabase &db, const QString &sourcePath, const Content &content,
+                            const ImportOptions &options, qlonglong newVersionOf, QStringList &createdFiles,
+                            QString &error);
+
+    // An upload as sendFile and the duplicate check recorded it. inspected is
+    // false until saveUploadInspection() has kept the inspection with it.
+    struct Upload
+    {
+        QString path; // absolute
+        QString originalName;
+        Content content;
+        bool inspected = false;
+    };
+    // False with an empty error when owner has no such upload.
+    bool readUpload(const QString &uploadId, const QString &owner, Upload &upload, QString &error);
+    bool saveUploadInspection(const QString &uploadId, const OrvexPdfTools::Inspection &inspection, QString *error);
 
     // Differing fingerprint pixels (of 16384) up to which two pages count as the same.
     static constexpr int PageHashTolerance = 10;
