@@ -15,6 +15,7 @@
 #include <QFileInfo>
 #include <QHostInfo>
 #include <QImage>
+#include <QMimeDatabase>
 #include <QSaveFile>
 #include <QSet>
 #include <QSqlDatabase>
@@ -24,10 +25,12 @@
 #include <QUuid>
 #include <QVariant>
 
+#include <climits>
 #include <memory>
 
 namespace {
 const QChar kInfoSep(0xFFFD);
+const QChar kVersionSep(0xFEFF);
 constexpr int kMaxDuplicateLines = 50;
 constexpr int kOriginalImageSize = 1024;
 
@@ -55,12 +58,28 @@ QByteArray pngBytes(const QImage &image)
     return bytes;
 }
 
-QString partFileName(const QString &fileName, int version)
+// "Rechnung.pdf", 2 -> "Rechnung_v2.pdf". The stored file's suffix wins over a
+// document name without one or with another one: the name must tell the type.
+QString partFileName(const QString &fileName, int version, const QString &storedSuffix)
 {
     const QFileInfo info(fileName);
     const QString suffix = info.suffix();
     const QString base = suffix.isEmpty() ? fileName : fileName.left(fileName.size() - suffix.size() - 1);
-    return QStringLiteral("%1_v%2%3").arg(base).arg(version).arg(suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
+    const QString kept = storedSuffix.isEmpty() || suffix.compare(storedSuffix, Qt::CaseInsensitive) == 0
+        ? suffix : storedSuffix;
+    return QStringLiteral("%1_v%2%3").arg(base).arg(version).arg(kept.isEmpty() ? QString() : QLatin1Char('.') + kept);
+}
+
+// The suffix of a stored file (lower case since import), else the one of the
+// document's name, else the usual one of the file's content type.
+QString fileSuffix(const QString &storedPath, const QString &fileName)
+{
+    QString suffix = QFileInfo(storedPath).suffix();
+    if (suffix.isEmpty())
+        suffix = QFileInfo(fileName).suffix().toLower();
+    if (suffix.isEmpty())
+        suffix = QMimeDatabase().mimeTypeForFile(storedPath).preferredSuffix();
+    return suffix;
 }
 } // namespace
 
@@ -363,7 +382,7 @@ QString OrvexArchiveClient::fileNameFor(qlonglong docId, int version)
     VersionFile file;
     if (!versionFile(docId, version, file))
         return {};
-    return partFileName(file.fileName, file.version);
+    return partFileName(file.fileName, file.version, fileSuffix(file.path, file.fileName));
 }
 
 bool OrvexArchiveClient::exportDocument(int docId, QString &localPath, int purpose, QString option)
@@ -453,17 +472,29 @@ QStringList OrvexArchiveClient::getAllVersions(int docId)
         return {};
     QSqlDatabase db = m_store->database();
     QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT version FROM versions WHERE doc_id = ? ORDER BY version"));
+    query.prepare(QStringLiteral(
+        "SELECT v.version, v.created, v.size, d.owner, v.pages, v.sha256, v.version = d.current_version, "
+        "d.docs_id, v.file, d.file_name FROM versions v JOIN documents d ON d.id = v.doc_id WHERE v.doc_id = ? "
+        "ORDER BY v.version = d.current_version DESC, v.version DESC"));
     query.addBindValue(docId);
     QString error;
     if (!exec(query, error)) {
         fail(error);
         return {};
     }
-    QStringList versions;
-    while (query.next())
-        versions << query.value(0).toString();
-    return versions;
+    const QMimeDatabase mimeTypes;
+    QStringList records;
+    while (query.next()) {
+        const QString stored = m_store->filesPath() + QLatin1Char('/') + query.value(8).toString();
+        const QString fileName = query.value(9).toString();
+        QStringList fields{QString::number(docId)};
+        for (int i = 0; i < 8; ++i)
+            fields << query.value(i).toString();
+        fields << mimeTypes.mimeTypeForFile(stored).name() << fileName
+               << partFileName(fileName, query.value(0).toInt(), fileSuffix(stored, fileName));
+        records << fields.join(kVersionSep);
+    }
+    return records;
 }
 
 bool OrvexArchiveClient::getDocumentInfo(QStringList docIds, QStringList &info)
@@ -476,7 +507,7 @@ bool OrvexArchiveClient::getDocumentInfo(QStringList docIds, QStringList &info)
         return fail(error);
     QSqlQuery query(db);
     query.prepare(QStringLiteral(
-        "SELECT d.title, COALESCE(t.name, ''), COALESCE(s.name, ''), d.doc_date, d.file_name, v.pages, "
+        "SELECT d.title, COALESCE(t.name, ''), v.file, COALESCE(s.name, ''), d.doc_date, d.file_name, v.pages, "
         "(SELECT COUNT(*) FROM versions WHERE doc_id = d.id), d.docs_id FROM documents d "
         "JOIN versions v ON v.doc_id = d.id AND v.version = d.current_version "
         "LEFT JOIN doc_types t ON t.key = d.type_key LEFT JOIN doc_statuses s ON s.key = d.status_key WHERE d.id = ?"));
@@ -495,8 +526,9 @@ bool OrvexArchiveClient::getDocumentInfo(QStringList docIds, QStringList &info)
             continue;
         }
         QStringList fields{QString::number(id)};
-        for (int i = 0; i < 8; ++i)
+        for (int i = 0; i < 9; ++i)
             fields << query.value(i).toString();
+        fields[3] = fileSuffix(m_store->filesPath() + QLatin1Char('/') + fields.at(3), fields.at(6));
         records << fields.join(kInfoSep);
     }
     info = records;
@@ -675,10 +707,18 @@ QStringList OrvexArchiveClient::getDocumentFileNames(QStringList docIds, QString
     QStringList names;
     QStringList refused;
     for (const QString &text : qAsConst(docIds)) {
+        // "4711" names the current file, "4711;3" the file of version 3 (as
+        // getDocumentPartFileName() does); further fields are ignored.
+        const QStringList parts = text.split(QLatin1Char(';'));
+        const QString versionText = parts.value(1).trimmed();
         qlonglong id = 0;
+        qlonglong version = 0;
         VersionFile file;
-        if (parseId(text, id) && versionFile(id, 0, file))
-            names << file.fileName;
+        if (parseId(parts.at(0), id)
+            && (versionText.isEmpty() || (parseId(versionText, version) && version <= INT_MAX))
+            && versionFile(id, int(version), file))
+            names << (version > 0 ? partFileName(file.fileName, file.version, fileSuffix(file.path, file.fileName))
+                                  : file.fileName);
         else
             refused << text;
     }

@@ -41,6 +41,23 @@ class QSqlDatabase;
 // "docId;version;page;content|page;page<i>" line per archived page that equals
 // upload page i by file content or by page image]. A file that cannot be
 // archived (a damaged PDF) gives an empty answer and its upload is discarded.
+//
+// getAllVersions(): one record per version, current version first, then the
+// older ones newest first; fields separated by U+FEFF:
+//   0 document id, 1 version number, 2 archived at (ISO 8601, UTC), 3 size in
+//   bytes, 4 creator (the document's owner: versions are added by the owner),
+//   5 pages, 6 SHA-256 of the content (hex), 7 "1" for the current version else
+//   "0", 8 docs id, 9 MIME type, 10 the document's file name, 11 the version's
+//   file name as getDocumentPartFileName() gives it ("Rechnung_v2.pdf"), whose
+//   suffix is that of the stored file.
+// getDocumentInfo(): one record per document, fields separated by U+FFFD:
+//   0 document id, 1 title, 2 type name, 3 file suffix of the current version
+//   without the dot ("pdf"), 4 status name, 5 document date (yyyy-MM-dd),
+//   6 file name, 7 pages, 8 number of versions, 9 docs id.
+// getDocumentFileNames(): entries are "id" (the document's file name) or
+// "id;version" (the version's file name); a name for every entry the user may
+// export, in order, so fewer names than entries means exactly that some may not
+// be exported (unknown, unreadable, malformed, or no such version).
 class ORVEXARCHIVE_EXPORT OrvexArchiveClient : public kelArchiveClientInterface
 {
     Q_OBJECT

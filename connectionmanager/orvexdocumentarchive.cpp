@@ -112,7 +112,10 @@ std::unique_ptr<OrvexDocumentArchive::Document> OrvexDocumentArchive::fetch(qlon
     QString path;
     bool exported = false;
     if (version > 0) {
-        const QStringList versions = client->getAllVersions(int(docId));
+        // Version records: fields separated by U+FEFF, field 1 the version number.
+        QStringList versions;
+        for (const QString &record : client->getAllVersions(int(docId)))
+            versions << record.section(QChar(0xFEFF), 1, 1);
         if (!versions.contains(QString::number(version)))
             return refusal(404, QStringLiteral("Document %1 has no version %2 (it has %3).")
                                     .arg(docId)

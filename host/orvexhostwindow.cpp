@@ -4,7 +4,9 @@
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
 #include "orvexarchive.h"
+#include "orvexarchiveworker.h"
 #include "orvexdocumentfiltermodel.h"
+#include "orvexdocumentlistview.h"
 #include "orvexdocumentlistmodel.h"
 #include "orvexhostcommands.h"
 #include "orvexhoverwidgetpresenter.h"
@@ -97,6 +99,13 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
     connect(plugin, &TavloDocPluginInterface::refreshParent, this, &OrvexHostWindow::reloadRequested);
     plugin->setArchiveClient(archiveClient);
     plugin->setClassifyClient(classifyClient);
+    // Documents dragged from the list export through this worker, with the host's own client.
+    m_archiveWorker = new OrvexArchiveWorker(this);
+    m_archiveWorker->setArchiveClient(archiveClient);
+    m_archiveWorker->setParentWidget(this);
+    ui->m_documentView->setClients(classifyClient, m_archiveWorker);
+    connect(ui->m_documentView, &OrvexDocumentListView::documentDragStarted, this,
+            [this] { showClipboardChooser(); });
     plugin->setArchiveData(connection.server, connection.port, connection.login1, connection.login2,
                            connection.archiveName, connection.login3);
 
@@ -134,6 +143,11 @@ void OrvexHostWindow::sendCurrentDocIds()
         docsIds << int(index.data(OrvexDocumentListModel::DocsIdRole).toLongLong());
     }
     m_workbench->setCurrentDocIds(docIds, docsIds);
+}
+
+OrvexDocumentListView *OrvexHostWindow::documentView() const
+{
+    return ui->m_documentView;
 }
 
 QList<qlonglong> OrvexHostWindow::selectedDocumentIds() const

@@ -6,6 +6,8 @@
 
 class ClassifyInterface;
 class kelArchiveClientInterface;
+class OrvexArchiveWorker;
+class OrvexDocumentListView;
 class OrvexDocumentFilterModel;
 class OrvexHostCommands;
 class OrvexDocumentListModel;
@@ -44,6 +46,7 @@ public:
     QDockWidget *workbenchDock() const { return m_workbenchDock; }
     // Carries out the workbench's commands; null until the workbench is installed.
     OrvexHostCommands *commands() const { return m_commands; }
+    OrvexDocumentListView *documentView() const;
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
@@ -77,4 +80,5 @@ private:
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
     OrvexHostCommands *m_commands = nullptr;
+    OrvexArchiveWorker *m_archiveWorker = nullptr;
 };

@@ -430,6 +430,18 @@
         <source>The Card must be editable at least from a role!</source>
         <translation>Die Zwischenablage muss mindestens von einer Rolle bearbeitet werden können!</translation>
     </message>
+    <message>
+        <source>Appending Documents...</source>
+        <translation>Dokumente werden hinzugefügt...</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Added %1 document(s) to clipboard %2</source>
+        <translation>%1 Dokument(e) zur Zwischenablage %2 hinzugefügt</translation>
+    </message>
 </context>
 <context>
     <name>orvexworkbenchdock</name>

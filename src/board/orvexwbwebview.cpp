@@ -4,10 +4,14 @@
 #include "kelarchiveclientinterface.h"
 #include "orvexcbrights.h"
 #include "orvexlog.h"
+#include "orvexmimedata.h"
+#include "qsnackbarevent.h"
 
 #include <QApplication>
 #include <QBuffer>
 #include <QCursor>
+#include <QDragMoveEvent>
+#include <QDropEvent>
 #include <QFile>
 #include <QIcon>
 #include <QImage>
@@ -25,6 +29,9 @@
 namespace {
 
 const QChar kSep(0xFEFF);
+const QString kDragMarker = QStringLiteral("x-application-orvex");
+const QString kDocIdsFormat = QStringLiteral("x-application-orvex-docids");
+const QString kDocsIdsFormat = QStringLiteral("x-application-orvex-docsids");
 
 // Page labels: the English text is the key, the element id is derived from it.
 const char *const kPageLabels[] = {
@@ -308,6 +315,143 @@ void orvexwbwebview::checkDrag()
         m_lastTabBar = tabBar;
         m_lastTabIndex = index;
     }
+}
+
+// --- drops -----------------------------------------------------------------
+
+namespace {
+
+// One of the id formats: UTF-8 text, ";"-separated, ending at the first NUL.
+QStringList idsOfFormat(const QMimeData *data, const QString &format)
+{
+    QByteArray bytes = data->data(format);
+    const int nul = bytes.indexOf('\0');
+    if (nul >= 0)
+        bytes.truncate(nul);
+    const QString text = QString::fromUtf8(bytes).trimmed();
+    // Empty parts stay, so that one missing id cannot shift the pairs after it.
+    return text.isEmpty() ? QStringList() : text.split(QLatin1Char(';'));
+}
+
+} // namespace
+
+bool orvexwbwebview::canAcceptDrop(const QMimeData *data) const
+{
+    return m_writeable && !m_stopped && m_cards.size() < m_cardLimit && data
+           && data->hasFormat(kDragMarker);
+}
+
+void orvexwbwebview::dropLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds)
+{
+    docIds.clear();
+    docsIds.clear();
+    if (!data)
+        return;
+    // Within this process only the program's own data object carries the
+    // marker; a drag from another process or application arrives as plain
+    // QMimeData and has to be read from the id formats.
+    if (auto *own = qobject_cast<const OrvexMimeData *>(data)) {
+        auto *mutableOwn = const_cast<OrvexMimeData *>(own);
+        docIds = mutableOwn->getDocIds();
+        docsIds = mutableOwn->getDocsIds();
+    } else {
+        docIds = idsOfFormat(data, kDocIdsFormat);
+        docsIds = idsOfFormat(data, kDocsIdsFormat);
+    }
+    if (docIds.size() != docsIds.size()) {
+        // Which document belongs to which entry is unknown: nothing is added.
+        orvexWarning() << "DROP REFUSED: id lists differ in length" << docIds << docsIds;
+        docIds.clear();
+        docsIds.clear();
+    }
+}
+
+void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
+{
+    // Document drags stay with the board: the page has no use for them, and
+    // asking their data for URLs would make it export documents.
+    if (event->mimeData() && event->mimeData()->hasFormat(kDragMarker)) {
+        event->acceptProposedAction();
+        return;
+    }
+    QWebEngineView::dragEnterEvent(event);
+}
+
+void orvexwbwebview::dragMoveEvent(QDragMoveEvent *event)
+{
+    if (!canAcceptDrop(event->mimeData())) {
+        event->ignore();
+        return;
+    }
+    orvexDebug() << "DRAG ENTER ACCEPT";
+    event->setDropAction(event->proposedAction());
+    event->accept();
+}
+
+void orvexwbwebview::dropEvent(QDropEvent *event)
+{
+    const QMimeData *data = event->mimeData();
+    if (!m_writeable || m_stopped || !data || !data->hasFormat(kDragMarker)) {
+        event->ignore();
+        return;
+    }
+    orvexDebug() << "DROP EVENT";
+    QStringList docIds, docsIds;
+    dropLists(data, docIds, docsIds);
+    event->setDropAction(event->proposedAction());
+    event->accept();
+    addDocuments(docIds, docsIds);
+}
+
+int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &docsIds)
+{
+    if (m_stopped || !m_writeable || !m_classifyClient || docIds.size() != docsIds.size())
+        return 0;
+    orvexDebug() << "TRY ADD DOCIDS TO CLIPBOARD" << docIds << docsIds;
+
+    QProgressDialog progress(tr("Appending Documents..."), tr("Cancel"), 0, docIds.size(), this);
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(0);
+    progress.show();
+
+    int added = 0;
+    QString lastCard;
+    for (int i = 0; i < docIds.size(); ++i) {
+        progress.setValue(i);
+        if (progress.wasCanceled())
+            break;
+        const QString &docId = docIds.at(i);
+        const QString &docsId = docsIds.at(i);
+        if (m_cards.contains(docsId))
+            continue;
+        // Refused before the server sees them: an entry there without a card
+        // here would be one the user never saw added.
+        if (!isNumber(docId) || !isNumber(docsId)) {
+            orvexWarning() << "DROP ENTRY REFUSED" << docId << docsId;
+            continue;
+        }
+        if (m_cards.size() >= m_cardLimit)
+            break;
+        orvexDebug() << "ADD DOCIDS TO  CLIPBOARD " << docId << docsId;
+        if (m_classifyClient->addToClipboard(m_id, docId, docsId)) {
+            appendCard(docId, docsId, QString(), true);
+            lastCard = docsId;
+            ++added;
+        }
+        if (m_stopped)
+            break;
+    }
+    progress.close();
+
+    if (!lastCard.isEmpty()) {
+        emit javascript(QStringLiteral("sortCards(); var container = $('.mdl-layout__content'); "
+                                       "var scrollTo = $('#section-")
+                        + lastCard
+                        + QStringLiteral("'); container.animate({scrollTop: scrollTo.offset().top - "
+                                         "container.offset().top + container.scrollTop()});null;"));
+    }
+    QSnackbarEvent(tr("Added %1 document(s) to clipboard %2").arg(QString::number(added), m_tabText)).send();
+    return added;
 }
 
 // --- cards -----------------------------------------------------------------

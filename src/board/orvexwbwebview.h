@@ -19,6 +19,10 @@
 #include <atomic>
 
 class ClassifyInterface;
+class QDragEnterEvent;
+class QDragMoveEvent;
+class QDropEvent;
+class QMimeData;
 class QWebChannel;
 class kelArchiveClientInterface;
 
@@ -69,6 +73,18 @@ public:
     bool isStopped() const;
     static int cardLimit();
 
+    // Whether a drag carrying data may be dropped here: a writeable board with
+    // room for another card and the drag marker "x-application-orvex".
+    bool canAcceptDrop(const QMimeData *data) const;
+    // Stores each new entry on the server and shows it as a card, under a modal
+    // progress dialog the user may cancel; what was added stays. Sorts, scrolls
+    // to the last added card and posts the snackbar message. Returns the count added.
+    int addDocuments(const QStringList &docIds, const QStringList &docsIds);
+    // The parallel id lists a drop carries: read from the program's own data
+    // object, or for foreign data from the two id formats. Empty when the lists
+    // do not pair up.
+    static void dropLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds);
+
 signals:
     void doSetCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount, QPixmap pix);
     void reloadCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount);
@@ -115,6 +131,11 @@ public slots:
     void removeCard(QString id, bool doServer);
     void sortCards();
     void doFocusTab();
+
+protected:
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     void updateCardsWorker(const QHash<QString, QString> &cards);

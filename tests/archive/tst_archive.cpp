@@ -640,7 +640,14 @@ void tst_Archive::exportCurrentAndVersions()
     QCOMPARE(progress.size(), (bytes.size() + 4095) / 4096);
     QCOMPARE(progress.last().first().toString(), QString::number(bytes.size()));
 
-    QCOMPARE(c->getAllVersions(int(doc.id)), (QStringList{"1", "2", "3"}));
+    const QString id = QString::number(doc.id);
+    const QStringList records = c->getAllVersions(int(doc.id)); // current first; 1 the version, 11 its file name
+    QCOMPARE(QStringList({QString::number(records.size()), records.value(0).section(kSep, 3, 3)}), QStringList({"3", QString::number(bytes.size())}));
+    for (int i = 0; i < 3; ++i) {
+        const QStringList f = records.value(i).split(kSep);
+        QCOMPARE(f.mid(0, 2) + f.mid(7), QStringList({id, QString::number(3 - i), i ? "0" : "1", QString::number(doc.docsId), "application/pdf",
+                                                      doc.fileName, c->getDocumentPartFileName(id, {}, QString::number(3 - i))}));
+    }
     QString third, first, firstAlt;
     QVERIFY(c->exportDocumentVersion(int(doc.id), 3, third));
     QCOMPARE(readFile(third), bytes);
@@ -803,9 +810,12 @@ void tst_Archive::fileNamesAndInfo()
     QCOMPARE(c->getDocumentFileName(idA, QString::number(a.docsId)), a.fileName);
     QVERIFY(c->getDocumentFileName(QStringLiteral("x"), QString()).isEmpty());
     QVERIFY(c->getDocumentFileName(idHidden, QString()).isEmpty());
-    QCOMPARE(c->getDocumentFileNames({idA, idB}, {}), (QStringList{a.fileName, b.fileName}));
+    const QString multi = QString::number(document(2).id); // "id;version": that version's file, extra fields ignored
+    QCOMPARE(c->getDocumentFileNames({idA, multi + ";1", multi + ";2;x", multi + ";", idB}, {}),
+             (QStringList{a.fileName, c->getDocumentPartFileName(multi, {}, "1"), c->getDocumentPartFileName(multi, {}, "2"), document(2).fileName, b.fileName}));
     // Fewer names than documents: the user may not export all of them.
-    QCOMPARE(c->getDocumentFileNames({idA, idHidden, QStringLiteral("abc")}, {}), QStringList{a.fileName});
+    QCOMPARE(c->getDocumentFileNames({idA, idHidden, idHidden + ";1", multi + ";9", multi + ";x", "abc"}, {}), QStringList{a.fileName});
+    QVERIFY(c->getAllVersions(int(hidden.id)).isEmpty());
     QVERIFY(c->getDocumentPartFileName(idA, QString(), QStringLiteral("2")).isEmpty());
     QVERIFY(c->getDocumentPartFileName(idA, QString(), QStringLiteral("v1")).isEmpty());
 
@@ -813,9 +823,8 @@ void tst_Archive::fileNamesAndInfo()
     QVERIFY(c->getDocumentInfo({idA, idB}, info));
     QCOMPARE(info.size(), 2);
     const QStringList fields = info.first().split(kInfoSep);
-    QCOMPARE(fields.size(), 9);
-    QCOMPARE((QStringList{fields.at(0), fields.at(1), fields.at(2), fields.at(6)}),
-             (QStringList{idA, a.title, a.typeName, QString::number(a.pages)}));
+    QCOMPARE(fields, QStringList({idA, a.title, a.typeName, "pdf", a.statusName, a.date, a.fileName,
+                                  QString::number(a.pages), QString::number(a.versions), QString::number(a.docsId)}));
     QVERIFY(!c->getDocumentInfo({idA, QStringLiteral("999999")}, info) && info.size() == 1);
     QVERIFY(!c->getDocumentInfo({QStringLiteral("1x")}, info));
 
@@ -1121,6 +1130,13 @@ void tst_Archive::emptyArchiveWithoutSample()
     QString format;
     // Images are served as they are.
     QCOMPARE(archive.archiveClient()->getDocumentThumbnail(int(id), 0, 800, pages, format, 0, 0, -1), readFile(image));
+    // Suffixes follow the file's type, also when its name has none.
+    QVERIFY(QFile::copy(image, m_scratch.filePath(QStringLiteral("scan"))));
+    const qlonglong bare = archive.importFile(m_scratch.filePath(QStringLiteral("scan")));
+    QStringList info;
+    QVERIFY(archive.archiveClient()->getDocumentInfo({QString::number(id), QString::number(bare)}, info));
+    QCOMPARE(info.value(0).section(kInfoSep, 3, 3) + info.value(1).section(kInfoSep, 3, 3), QStringLiteral("pngpng"));
+    QCOMPARE(archive.archiveClient()->getAllVersions(int(bare)).value(0).split(kSep).mid(9), QStringList({"image/png", "scan", "scan_v1.png"}));
     QVERIFY(archive.importFile(m_scratch.filePath(QStringLiteral("missing.pdf"))) == 0);
     QVERIFY(!archive.lastError().isEmpty());
 }

@@ -1,5 +1,6 @@
 // The card board with its real page in QtWebEngine: every check reads the DOM
 // back through runJavaScript, against the recording client doubles.
+#include "dropdelivery.h"
 #include "modalanswerer.h"
 #include "orvextranslations.h"
 #include "orvexwbwebview.h"
@@ -7,6 +8,8 @@
 #include "recordingclassifyclient.h"
 
 #include <QPointer>
+#include <QProgressDialog>
+#include <QTabWidget>
 #include <QSignalSpy>
 #include <QThread>
 #include <QWebEnginePage>
@@ -57,6 +60,13 @@ public:
         if (!criteria.contains("OPT:SELECTION;-1"))
             watch.note();
         return RecordingClassifyClient::searchDocuments(criteria);
+    }
+    std::function<void()> onAdd; // runs inside each addToClipboard
+    bool addToClipboard(QString clipboardId, QString docId, QString docsId) override
+    {
+        if (onAdd)
+            onAdd();
+        return RecordingClassifyClient::addToClipboard(clipboardId, docId, docsId);
     }
 };
 
@@ -179,6 +189,9 @@ private slots:
     void stopCancelsQueuedFetches();
     void stopWaitsForRunningUpdate();
     void destroyingMidUpdate();
+    void drops_data();
+    void drops();
+    void holdingADragOverATabSwitchesToIt();
     void germanTexts(); // last: installs the German catalogue for the rest of the process
 
 private:
@@ -837,6 +850,67 @@ void tst_Board::destroyingMidUpdate()
     const int calls = m_classify->log().calls().size();
     QTest::qWait(200);
     QCOMPARE(m_classify->log().calls().size(), calls);
+}
+
+void tst_Board::drops_data()
+{
+    QTest::addColumn<bool>("writeable");
+    QTest::addColumn<int>("preset"); // cards 500.. on the board before the drop
+    QTest::addColumn<QString>("docIds");
+    QTest::addColumn<QString>("docsIds");
+    QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
+    QTest::addColumn<QStringList>("added");
+    QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
+    QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList();
+    QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList();
+    QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
+    QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList();
+    QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
+    QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
+}
+
+void tst_Board::drops()
+{
+    QFETCH(bool, writeable);
+    QFETCH(int, preset);
+    QFETCH(QString, docIds);
+    QFETCH(QString, docsIds);
+    QFETCH(int, cancelAt);
+    QFETCH(QStringList, added);
+    const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
+    orvexwbwebview *board = createBoard(writeable);
+    for (int i = 0; i < preset; ++i)
+        board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
+    m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
+        if (++adds == cancelAt)
+            board->findChild<QProgressDialog *>()->cancel();
+    };
+    // Plain data, as a drag from another process or application brings it; a NUL ends the text.
+    QMimeData data;
+    data.setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
+    data.setData("x-application-orvex-docsids", docsIds.toUtf8());
+    QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
+    data.setData("x-application-orvex", QByteArray());
+    QCOMPARE(deliverDrop(board, &data), accepted);
+    // The server is asked for exactly the cards that appear, nothing else.
+    QCOMPARE(count("addToClipboard"), added.size());
+    QCOMPARE(board->cardCount(), preset + added.size());
+    for (const QString &id : added)
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+}
+
+void tst_Board::holdingADragOverATabSwitchesToIt()
+{
+    orvexwbwebview *board = createBoard();
+    QTabWidget tabs;
+    tabs.addTab(new QWidget, "One");
+    tabs.addTab(new QWidget, "Two");
+    tabs.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&tabs));
+    QCursor::setPos(tabs.tabBar()->mapToGlobal(tabs.tabBar()->tabRect(1).center()));
+    board->startDrag();
+    QTRY_COMPARE_WITH_TIMEOUT(tabs.currentIndex(), 1, kTimeout);
+    board->stopDrag();
 }
 
 void tst_Board::germanTexts()

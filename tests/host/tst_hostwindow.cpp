@@ -1,13 +1,16 @@
 // The host's main window with the real workbench plugin module: first with
 // recording doubles as the clients, then as a whole session on a fresh archive.
+#include "dropdelivery.h"
 #include "orvexarchive.h"
 #include "orvexarchiveclient.h"
 #include "orvexclipboardlabel.h"
+#include "orvexdocumentlistview.h"
 #include "orvexhostcommands.h"
 #include "orvexhostoptions.h"
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
+#include "orvexmimedata.h"
 #include "orvexthemewriter.h"
 #include "orvexwbwebview.h"
 #include "orvexworkbenchdock.h"
@@ -27,6 +30,7 @@
 #include <QPdfWriter>
 #include <QStatusBar>
 #include <QTableView>
+#include <QWebEnginePage>
 #include <QtTest>
 
 static OrvexArchiveDocument doc(qlonglong id, const QString &title)
@@ -59,6 +63,7 @@ private slots:
     void snackbarTextsAreShownForAWhile();
     void themeColourReachesTheChooser();
     void sessionOnAFreshArchive();
+    void dragFromTheListOntoABoard();
     void germanTexts(); // last: installs translators for the rest of the process
 
 private:
@@ -254,6 +259,54 @@ void tst_HostWindow::sessionOnAFreshArchive()
                                                                  QString::number(docsId)));
     session.window()->findChild<QAction *>(QStringLiteral("actionReload"))->trigger();
     QTRY_COMPARE_WITH_TIMEOUT(board->cardCount(), cards + 1, 15000);
+}
+
+// Documents dragged from the list of a running host become entries on the
+// archive server and cards in the board's page.
+void tst_HostWindow::dragFromTheListOntoABoard()
+{
+    QTemporaryDir scratch;
+    OrvexHostOptions options = OrvexHostOptions::parse({QStringLiteral("orvexhost")});
+    options.archiveFolder = scratch.filePath(QStringLiteral("archive"));
+    OrvexHostSession session;
+    QVERIFY2(session.start(options), qPrintable(session.errorString()));
+    session.window()->show();
+    orvexwbwebview *board = nullptr;
+    for (orvexwbwebview *candidate : session.window()->findChildren<orvexwbwebview *>())
+        board = candidate->isWriteable() ? candidate : board;
+    QVERIFY(board);
+    QStringList entries, comments;
+    QVERIFY(session.archive()->classifyClient()->getClipboardDocuments(board->getId(), entries, comments));
+    QList<qlonglong> ids; // three documents not yet in the clipboard
+    for (const OrvexArchiveDocument &document : session.archive()->documents()) {
+        const QString entry = QString::number(document.id) + QChar(0xFEFF) + QString::number(document.docsId);
+        if (document.readable && !entries.contains(entry) && ids.size() < 3)
+            ids << document.id;
+    }
+    session.window()->selectDocuments(ids);
+    OrvexDocumentListView *list = session.window()->documentView();
+    list->setChosenVersion(ids.at(1), 2);
+    std::unique_ptr<OrvexMimeData> data(list->createSelectionMimeData());
+    QVERIFY(data);
+    const QStringList docIds = data->getDocIds(), docsIds = data->getDocsIds();
+    QCOMPARE(docIds.size(), 3);
+    QCOMPARE(data->getDocsIdsFromMimeData().value(2), docsIds.at(2).toLongLong());
+    QVERIFY(data->getBemerkungen().contains(QString::number(ids.at(1)) + QStringLiteral("#2")));
+    QVERIFY(data->getArchiveWorker() && data->getClassifyClient() == session.archive()->classifyClient());
+
+    QVERIFY(deliverDrop(board, data.get(), board->rect().center()));
+    QTRY_COMPARE(session.window()->statusBar()->currentMessage(),
+                 QStringLiteral("Added 3 document(s) to clipboard %1").arg(board->getTabText()));
+    QVERIFY(session.archive()->classifyClient()->getClipboardDocuments(board->getId(), entries, comments));
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(entries.contains(docIds.at(i) + QChar(0xFEFF) + docsIds.at(i)));
+    const QString script = QStringLiteral("['%1'].map(function(id){return $('#main-' + id).text();}).join(';')")
+                               .arg(docsIds.join(QStringLiteral("','")));
+    auto shown = std::make_shared<QString>(); // outlives the page's late answers
+    QTRY_COMPARE_WITH_TIMEOUT(([&] {
+        board->page()->runJavaScript(script, [shown](const QVariant &text) { *shown = text.toString(); });
+        return *shown;
+    }()), docIds.join(QLatin1Char(';')), 20000);
 }
 
 void tst_HostWindow::germanTexts()
