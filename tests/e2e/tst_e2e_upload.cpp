@@ -11,6 +11,7 @@
 #include "orvexlogindata.h"
 #include "orvexmimedata.h"
 
+#include <QHostInfo>
 #include <QNetworkReply>
 #include <QPainter>
 #include <QPdfWriter>
@@ -112,8 +113,13 @@ private slots:
         QScopedPointer<OrvexMimeData> data(m_session.window()->documentView()->createSelectionMimeData());
         orvexLoginData::setServerNameOverride(QString());
         // What a drop target gets after the release, fetched as a browser or file manager would.
+        // The URL names this machine; the stand-in listens on loopback, and the
+        // machine's name need not resolve to it (containers), so ask loopback.
+        QUrl url = data->getUrlList(true).value(0);
+        QCOMPARE(url.host(), QHostInfo::localHostName());
+        url.setHost(QStringLiteral("127.0.0.1"));
         QNetworkAccessManager network;
-        QScopedPointer<QNetworkReply> reply(network.get(QNetworkRequest(data->getUrlList(true).value(0))));
+        QScopedPointer<QNetworkReply> reply(network.get(QNetworkRequest(url)));
         QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 15000);
         QCOMPARE(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 200);
         QFile original(sampleFile());
