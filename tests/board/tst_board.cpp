@@ -9,7 +9,6 @@
 
 #include <QPointer>
 #include <QProgressDialog>
-#include <QTabWidget>
 #include <QSignalSpy>
 #include <QThread>
 #include <QWebEnginePage>
@@ -80,35 +79,17 @@ QVariant js(QWebEngineView *view, const QString &script)
     return state->second;
 }
 
-QString text(QWebEngineView *view, const QString &selector)
+QString text(QWebEngineView *v, const QString &sel) { return js(v, QString("$('%1').text()").arg(sel)).toString(); }
+QString value(QWebEngineView *v, const QString &sel) { return js(v, QString("$('%1').val()").arg(sel)).toString(); }
+bool visible(QWebEngineView *v, const QString &sel) { return js(v, QString("$('%1').is(':visible')").arg(sel)).toBool(); }
+bool has(QWebEngineView *v, const QString &sel, const QString &attr)
 {
-    return js(view, QString("$('%1').text()").arg(selector)).toString();
+    return js(v, QString("$('%1').is('[%2]')").arg(sel, attr)).toBool();
 }
-
-QString value(QWebEngineView *view, const QString &selector)
+int sections(QWebEngineView *v) { return js(v, "$('#overview section').length").toInt(); }
+QString order(QWebEngineView *v)
 {
-    return js(view, QString("$('%1').val()").arg(selector)).toString();
-}
-
-bool visible(QWebEngineView *view, const QString &selector)
-{
-    return js(view, QString("$('%1').is(':visible')").arg(selector)).toBool();
-}
-
-bool has(QWebEngineView *view, const QString &selector, const QString &attribute)
-{
-    return js(view, QString("$('%1').is('[%2]')").arg(selector, attribute)).toBool();
-}
-
-int sections(QWebEngineView *view)
-{
-    return js(view, "$('#overview section').length").toInt();
-}
-
-QString order(QWebEngineView *view)
-{
-    return js(view, "$('#overview section').map(function(){return $(this).attr('data-docsid');}).get().join(',')")
-        .toString();
+    return js(v, "$('#overview section').map(function(){return $(this).attr('data-docsid');}).get().join(',')").toString();
 }
 
 QImage imageOf(QWebEngineView *view, const QString &cardId)
@@ -122,21 +103,14 @@ QImage imageOf(QWebEngineView *view, const QString &cardId)
 
 // Releases a stalled operation from another thread while the GUI thread is
 // blocked in the call under test.
-class DelayedRelease
+struct DelayedRelease
 {
-public:
-    DelayedRelease(CallLog &log, const QString &operation)
-        : m_thread([this, &log, operation] {
-              std::this_thread::sleep_for(std::chrono::milliseconds(300));
-              released = true;
-              log.release(operation);
-          })
+    DelayedRelease(CallLog &log, const QString &op)
+        : m_thread([this, &log, op] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); released = true; log.release(op); })
     {
     }
     ~DelayedRelease() { m_thread.join(); }
     std::atomic<bool> released{false};
-
-private:
     std::thread m_thread;
 };
 
@@ -160,44 +134,565 @@ public:
     static void initMain() { previousHandler = qInstallMessageHandler(filterChannelNoise); }
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        m_classify = new ClassifyDouble;
+        m_archive = new ArchiveDouble;
+        m_classify->setDocumentType("T1", "Invoice");
+        m_classify->setDocumentType("T2", "Letter");
+        m_classify->setDocumentStatus("S1", "Approved");
+        m_clip = m_classify->addClipboard("Work");
+    }
 
-    void cardsShowFieldsNotesAndOrder();
-    void countLineAndDropZoneFollowCards();
-    void limitAndDuplicatesAreRefused();
-    void badIdsAreRefusedBeforeAnyScript_data();
-    void badIdsAreRefusedBeforeAnyScript();
-    void malformedServerAnswers();
-    void readOnlySwitch_data();
-    void readOnlySwitch();
-    void clipboardMenu();
-    void notes();
-    void search_data();
-    void search();
-    void searchFromThePage();
-    void backgroundUpdateReconciles();
-    void failedUpdateKeepsTheCards();
-    void hostCommands_data();
-    void hostCommands();
-    void permissions_data();
-    void permissions();
-    void thumbnailsAndPageButtons();
-    void placeholderForMissingImages_data();
-    void placeholderForMissingImages();
-    void noScriptRunsAfterStop();
-    void stopCancelsQueuedFetches();
-    void stopWaitsForRunningUpdate();
-    void destroyingMidUpdate();
-    void drops_data();
-    void drops();
-    void holdingADragOverATabSwitchesToIt();
-    void germanTexts(); // last: installs the German catalogue for the rest of the process
+    void cleanup()
+    {
+        for (const QPointer<orvexwbwebview> &board : qAsConst(m_boards)) {
+            if (board)
+                board->stop();
+            delete board;
+        }
+        m_boards.clear();
+        delete m_classify;
+        delete m_archive;
+        QLocale::setDefault(QLocale::c());
+    }
+
+    void cardsShowFieldsNotesAndOrder()
+    {
+        orvexwbwebview *board = boardWith(4);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#status-503"), QString("Approved"), kTimeout);
+        QCOMPARE(text(board, "#doctype-500"), QString("Invoice"));
+        QCOMPARE(text(board, "#status-502"), QString("Unkown"));
+        QCOMPARE(value(board, "#textarea-501"), QString("Note of one"));
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,501,500"), kTimeout);
+        QCOMPARE(m_classify->watch.onGuiThread.load(), 0);
+    }
+
+    void countLineAndDropZoneFollowCards()
+    {
+        orvexwbwebview *board = createBoard();
+        QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#drop_zone"), kTimeout);
+        addCards(2); // on the server only, as a drop stores them
+
+        QVERIFY(!board->appendCard("100", "500").isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("1 / 200 (max)"), kTimeout);
+        QVERIFY(!visible(board, "#drop_zone"));
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-500"), QString("Title 0"), kTimeout); // info on the pool
+        QVERIFY(!board->appendCard("101", "501", "hello").isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("2 / 200 (max)"), kTimeout);
+        QCOMPARE(value(board, "#textarea-501"), QString("hello"));
+
+        // The card's close button removes it on the server too; the update's removal does not.
+        js(board, "$('#removebutton-501').click()");
+        QTRY_COMPARE_WITH_TIMEOUT(sections(board), 1, kTimeout);
+        QCOMPARE(m_classify->log().last("removeFromClipboard").args, QVariantList({m_clip, "501"}));
+        board->removeCard("500", false);
+        QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#drop_zone"), kTimeout);
+        QCOMPARE(count("removeFromClipboard"), 1);
+    }
+
+    void limitAndDuplicatesAreRefused()
+    {
+        for (int i = 0; i < 201; ++i)
+            m_classify->addEntry(m_clip, QString::number(1000 + i), QString::number(5000 + i));
+        orvexwbwebview *board = createBoard();
+        waitForCards(board, 200, false);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("200 / 200 (max)"), kTimeout);
+        QVERIFY(board->appendCard("9999", "9999").isEmpty());
+        board->removeCard("5000", false);
+        QVERIFY(!board->appendCard("9999", "9999").isEmpty());
+        QVERIFY(board->appendCard("9999", "9999").isEmpty()); // the same id again
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "$('[id=section-9999]').length").toInt(), 1, kTimeout);
+        QCOMPARE(sections(board), 200);
+    }
+
+    void badIdsAreRefusedBeforeAnyScript_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::newRow("script") << "1');alert('x";
+        QTest::newRow("empty") << "";
+        QTest::newRow("decimal") << "7.5";
+    }
+
+    void badIdsAreRefusedBeforeAnyScript()
+    {
+        QFETCH(QString, id);
+        orvexwbwebview *board = createBoard(true, false);
+        QSignalSpy scripts(board, &orvexwbwebview::javascript);
+
+        QVERIFY(board->appendCard(id, "7").isEmpty());
+        QVERIFY(board->appendCard("7", id).isEmpty());
+        board->removeCard(id, true);
+        board->updateComment(id, "x");
+        board->setCardData(id, {"7", id, "t", "T1", "", "", "S1"});
+        QVERIFY(board->getCardPixmap(id, "7", "0").isEmpty());
+        QVERIFY(board->getCardPixmap("7", id, "0").isEmpty());
+        QVERIFY(board->getCardPixmap("7", "7", id).isEmpty());
+        board->doReloadCardPixmap(id, "7", "0", "1");
+        board->doReloadCardPixmap("7", id, "0", "1");
+        board->saveCard(id, "note");
+
+        QCOMPARE(scripts.count(), 0);
+        board->searchCards("anything"); // nor does an empty board search
+        QCOMPARE(board->cardCount(), 0);
+        QCOMPARE(count("removeFromClipboard") + count("setClipboardComment") + count("searchDocuments"), 0);
+        QCOMPARE(m_archive->log().count("getDocumentThumbnail"), 0);
+    }
+
+    void malformedServerAnswers()
+    {
+        addCards(3);
+        // Types without names and no statuses at all: both lines read unknown.
+        m_classify->log().setShortRecords("getDocumentTypes");
+        m_classify->log().setFailing("getDocumentStatuses");
+        orvexwbwebview *board = createBoard();
+        waitForCards(board, 3);
+        QCOMPARE(text(board, "#doctype-500"), QString("Unkown"));
+        QCOMPARE(text(board, "#status-500"), QString("Unkown"));
+
+        // Short card info leaves the lines empty; missing fields of card data count as empty.
+        m_classify->log().setShortRecords("getCardInfo");
+        m_classify->addEntry(m_clip, "104", "504");
+        QVERIFY(!board->appendCard("104", "504").isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(count("getCardInfo"), 1, kTimeout);
+        board->setCardData("504", {"x"});
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#status-504"), QString("Unkown"), kTimeout);
+        QCOMPARE(text(board, "#comment-504"), QString());
+
+        // Entries without an entry id give no card; search rows without "#" match none.
+        m_classify->log().setShortRecords("getClipboardDocuments");
+        m_classify->log().setShortRecords("searchDocuments");
+        orvexwbwebview *other = createBoard();
+        QTRY_VERIFY_WITH_TIMEOUT(count("getClipboardDocuments") >= 2, kTimeout);
+        QCOMPARE(other->cardCount(), 0);
+        board->searchCards("Title");
+        QTRY_VERIFY_WITH_TIMEOUT(!visible(board, "#overview section"), kTimeout);
+        QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 4);
+    }
+
+    void readOnlySwitch_data()
+    {
+        QTest::addColumn<bool>("writeable");
+        QTest::newRow("writeable") << true;
+        QTest::newRow("read-only") << false;
+    }
+
+    void readOnlySwitch()
+    {
+        QFETCH(bool, writeable);
+        orvexwbwebview *board = boardWith(2, !writeable);
+
+        // The flag switches the menu; the next update carries the per-card switch.
+        board->setWriteable(writeable);
+        board->updateCards();
+        for (const QString item : {"#clippermission", "#clearclip", "#removeclip"})
+            QTRY_COMPARE_WITH_TIMEOUT(has(board, item, "disabled"), !writeable, kTimeout);
+        for (const QString card : {"500", "501"}) {
+            QTRY_COMPARE_WITH_TIMEOUT(has(board, "#textarea-" + card, "readonly"), !writeable, kTimeout);
+            QTRY_COMPARE_WITH_TIMEOUT(has(board, "#removecard-" + card, "disabled"), !writeable, kTimeout);
+        }
+
+        // Removing the clipboard and clearing the page need a writeable board; the
+        // server is asked to clear either way. The last command shows that the channel delivered all.
+        QSignalSpy remove(board, &orvexwbwebview::doRemoveClipboard);
+        QSignalSpy commands(board, &orvexwbwebview::doCommand);
+        js(board, "removeClipboard(); clearClipboard(); exportDocuments();");
+        QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
+        QCOMPARE(remove.count(), writeable ? 1 : 0);
+        QCOMPARE(m_classify->log().last("clearClipboard").args, QVariantList({m_clip}));
+        QTRY_COMPARE_WITH_TIMEOUT(sections(board), writeable ? 0 : 2, kTimeout);
+        if (!writeable) {
+            board->setPermissions(); // no dialog on a read-only board
+            QCOMPARE(count("getAllRoles"), 0);
+        }
+    }
+
+    void notes()
+    {
+        orvexwbwebview *board = boardWith(2);
+
+        // Leaving the note field saves it.
+        js(board, "$('#textarea-500').val('Check the total');"
+                  "document.getElementById('textarea-500').dispatchEvent(new FocusEvent('blur'))");
+        QTRY_COMPARE_WITH_TIMEOUT(count("setClipboardComment"), 1, kTimeout);
+        QCOMPARE(m_classify->log().last("setClipboardComment").args, QVariantList({m_clip, "500", "Check the total"}));
+
+        // Notes at and beyond the field's limit reach the server unchanged, and come
+        // back whole, apostrophe included, with the next update.
+        const QString longNote = QString(1500, 'n') + "'s end";
+        board->saveCard("501", longNote);
+        QCOMPARE(m_classify->clipboard(m_clip).entries.at(1).comment, longNote);
+        m_classify->setClipboardComment(m_clip, "500", "Anna's copy");
+        board->updateCards();
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), QString("Anna's copy"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), longNote, kTimeout);
+    }
+
+    void search_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("term");
+        QTest::addColumn<QStringList>("shown");
+        QTest::newRow("integer also as decimal") << "C" << "20" << "20 OR 20.0" << QStringList{"502"};
+        QTest::newRow("words, trimmed") << "C" << "  Title 1 " << "Title 1" << QStringList{"501"};
+        QTest::newRow("German decimal comma") << "de_DE" << "12,5" << "12.5" << QStringList();
+    }
+
+    void search()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QString, input);
+        QFETCH(QString, term);
+        QFETCH(QStringList, shown);
+        QLocale::setDefault(QLocale(locale));
+        orvexwbwebview *board = boardWith(3);
+        m_classify->log().clear();
+
+        board->searchCards(input);
+        const QStringList criteria{"OPT:SELECTION;-1", "OPT:FULLTEXT" + QString(kSep) + term,
+                                   "docs_id in (" + board->cardIds().join(',') + ",0)", "OPT:LIMIT;1000"};
+        QCOMPARE(count("searchDocuments"), 1);
+        QCOMPARE(m_classify->log().last("searchDocuments").args.value(0).toStringList(), criteria);
+        for (const QString &id : board->cardIds())
+            QTRY_COMPARE_WITH_TIMEOUT(visible(board, "#section-" + id), shown.contains(id), kTimeout);
+
+        // "*" shows every card again without asking the server.
+        board->searchCards("*");
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "$('#overview section:visible').length").toInt(), 3, kTimeout);
+        QCOMPARE(count("searchDocuments"), 1);
+    }
+
+    void backgroundUpdateReconciles()
+    {
+        orvexwbwebview *board = boardWith(3);
+
+        // Meanwhile on the server: one entry gone, one new, one note changed.
+        m_classify->removeFromClipboard(m_clip, "502");
+        m_classify->addDocument({"777", "Fresh", "T2", "S1", "", 1});
+        m_classify->addEntry(m_clip, "777", "900", "new note");
+        m_classify->setClipboardComment(m_clip, "500", "changed");
+        m_classify->log().clear();
+
+        board->updateCards();
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("900,501,500"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-900"), QString("Fresh"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), QString("changed"), kTimeout);
+        QCOMPARE(value(board, "#textarea-900"), QString("new note"));
+        // A card that vanished on the server is only taken off the page.
+        QCOMPARE(count("removeFromClipboard"), 0);
+        QCOMPARE(m_classify->watch.onGuiThread.load(), 0);
+
+        // A failed query is no empty clipboard.
+        m_classify->log().setFailing("getClipboardDocuments");
+        m_classify->log().setFailing("searchDocuments");
+        const int searches = count("searchDocuments");
+        QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), count("searchDocuments") >= searches + 2), kTimeout);
+        QCOMPARE(sections(board), 3);
+        board->reloadCards();
+        QCOMPARE(sections(board), 3);
+    }
+
+    void hostCommands_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QStringList>("args");
+        QTest::newRow("open") << "openDocument(501,101)" << "OPENDOC" << QStringList{"101", "Title 1", "501"};
+        QTest::newRow("classification") << "showClassification(500)" << "SHOWCLASSIFICATION" << QStringList{"500"};
+        QTest::newRow("export") << "exportDocuments()" << "EXPORTDOCS" << QStringList{"500", "501"};
+    }
+
+    void hostCommands()
+    {
+        QFETCH(QString, script);
+        QFETCH(QString, command);
+        QFETCH(QStringList, args);
+        orvexwbwebview *board = boardWith(2);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-501"), QString("Title 1"), kTimeout);
+
+        QSignalSpy commands(board, &orvexwbwebview::doCommand);
+        js(board, script);
+        QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
+        QCOMPARE(commands.first().at(0).toString(), command);
+        QStringList sent = commands.first().at(1).toStringList();
+        std::sort(sent.begin(), sent.end()); // hash order
+        std::sort(args.begin(), args.end());
+        QCOMPARE(sent, args);
+    }
+
+    void permissions_data()
+    {
+        QTest::addColumn<QStringList>("rights");
+        QTest::addColumn<bool>("accept");
+        QTest::addColumn<QStringList>("stored");
+        const QString w = QString(kSep) + 'W', r = QString(kSep) + 'R', lead = "x" + QString(kSep);
+        QTest::newRow("accepted") << QStringList{lead + "anna" + r, lead + "team" + w} << true
+                                  << QStringList{"team" + w, "anna" + r};
+        QTest::newRow("nobody may edit") << QStringList{lead + "anna" + r} << true << QStringList();
+        QTest::newRow("rejected") << QStringList{lead + "team" + w} << false << QStringList();
+    }
+
+    void permissions()
+    {
+        QFETCH(QStringList, rights);
+        QFETCH(bool, accept);
+        QFETCH(QStringList, stored);
+        m_classify->setAllRoles({"anna", "team", "bob"});
+        m_classify->setRawClipboardRoles(m_clip, rights);
+        orvexwbwebview *board = createBoard(true, false);
+        QSignalSpy reload(board, &orvexwbwebview::reloadClipboards);
+        QSignalSpy commands(board, &orvexwbwebview::doCommand);
+        std::unique_ptr<ModalAnswerer> boxAnswer;
+        ModalAnswerer dialogAnswer([&](QWidget *modal) {
+            boxAnswer.reset(new ModalAnswerer(QMessageBox::Ok));
+            accept ? qobject_cast<QDialog *>(modal)->accept() : qobject_cast<QDialog *>(modal)->reject();
+        });
+        // The page's menu entry opens the dialog; the command after it shows when the call is done.
+        js(board, "permissions(); mailDocuments();");
+        QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
+        QVERIFY(dialogAnswer.answered());
+        QCOMPARE(reload.count(), accept ? 1 : 0);
+
+        QCOMPARE(boxAnswer->answered(), accept && stored.isEmpty()); // the error box
+        if (stored.isEmpty()) {
+            QCOMPARE(count("setClipboardRoles"), 0);
+            QCOMPARE(m_classify->clipboard(m_clip).roles, rights);
+        } else {
+            QCOMPARE(m_classify->log().last("setClipboardRoles").args, QVariantList({m_clip, stored}));
+        }
+    }
+
+    void thumbnailsAndPageButtons()
+    {
+        orvexwbwebview *board = boardWith(2);
+        QTRY_VERIFY_WITH_TIMEOUT(!imageOf(board, "500").isNull(), kTimeout);
+        const auto buttons = [&] {
+            QString state;
+            for (const QString button : {"first", "prev", "next", "last"})
+                state += has(board, QString("#btn-%1-500").arg(button), "disabled") ? '-' : '+';
+            return state;
+        };
+        QCOMPARE(buttons(), QString("--++"));
+        QCOMPARE(m_archive->watch.onGuiThread.load(), 0);
+
+        // Every page change fetches again.
+        const QImage first = imageOf(board, "500");
+        js(board, "$('#btn-next-500').click()");
+        QTRY_VERIFY_WITH_TIMEOUT(imageOf(board, "500") != first, kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(buttons(), QString("++++"), kTimeout);
+        js(board, "$('#btn-last-500').click()");
+        QTRY_COMPARE_WITH_TIMEOUT(buttons(), QString("++--"), kTimeout);
+        QCOMPARE(m_archive->log().last("getDocumentThumbnail").args.value(1).toInt(), 2);
+    }
+
+    void placeholderForMissingImages_data()
+    {
+        QTest::addColumn<bool>("readable");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("no right to see it") << false << QByteArray();
+        QTest::newRow("bytes that are no image") << true << QByteArray("not an image at all");
+    }
+
+    void placeholderForMissingImages()
+    {
+        QFETCH(bool, readable);
+        QFETCH(QByteArray, bytes);
+        RecordingArchiveClient::Document document;
+        document.docId = 300;
+        document.pages = 4;
+        document.readable = readable;
+        document.thumbnail = bytes;
+        m_archive->addDocument(document);
+        m_classify->addEntry(m_clip, "300", "600");
+
+        orvexwbwebview *board = createBoard();
+        waitForCards(board, 1, false);
+        QTRY_VERIFY_WITH_TIMEOUT(!imageOf(board, "600").isNull(), kTimeout);
+        QCOMPARE(imageOf(board, "600").size(), QSize(150, 150));
+        QVERIFY(!has(board, "#btn-next-600", "disabled"));
+    }
+
+    void stopCancelsQueuedFetches()
+    {
+        addCards(20, 1);
+        m_archive->log().setStalled("getDocumentThumbnail");
+        orvexwbwebview *board = createBoard();
+        waitForCards(board, 20, false);
+        // Every pool thread is inside a fetch; the other fetches wait in the queue.
+        const int threads = qMin(QThread::idealThreadCount(), 20);
+        QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), threads, kTimeout);
+        {
+            DelayedRelease release(m_archive->log(), "getDocumentThumbnail");
+            board->stop();
+            QVERIFY(release.released);
+        }
+        // The queued fetches never ran; the answers of the running ones reach no page.
+        QCOMPARE(m_archive->log().count("getDocumentThumbnail"), threads);
+        QCOMPARE(js(board, "$('#overview img[src^=\"data:\"]').length").toInt(), 0);
+    }
+
+    void stopWaitsForRunningUpdate()
+    {
+        orvexwbwebview *board = boardWith(2);
+        m_classify->log().setStalled("getClipboardDocuments");
+        QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), m_classify->log().waitStalled("getClipboardDocuments", 100)),
+                                 kTimeout);
+        const int searches = count("searchDocuments");
+        {
+            DelayedRelease release(m_classify->log(), "getClipboardDocuments");
+            board->stop();
+            QVERIFY(release.released); // stop() returned only after the job had finished
+        }
+        // Stopped inside, the job asked nothing further; later calls reach neither page nor server.
+        QCOMPARE(count("searchDocuments"), searches);
+        board->stop(); // safe twice
+        board->doJavascript("window.afterStop = 1;null;");
+        emit board->javascript("window.afterStop = 2;null;");
+        board->updateTranslations();
+        QVERIFY(board->appendCard("105", "999").isEmpty());
+        board->reloadCards();
+        board->updateCards();
+        const int fetches = m_archive->log().count("getDocumentThumbnail");
+        QVERIFY(board->getCardPixmap("500", "100", "1").isEmpty());
+        // The probe runs after anything sent before it.
+        QCOMPARE(js(board, "typeof window.afterStop").toString(), QString("undefined"));
+        QCOMPARE(sections(board), 2);
+        QCOMPARE(m_archive->log().count("getDocumentThumbnail"), fetches);
+    }
+
+    void destroyingMidUpdate()
+    {
+        orvexwbwebview *board = boardWith(3);
+        m_classify->log().setStalled("searchDocuments");
+        m_classify->removeFromClipboard(m_clip, "500");
+        QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), m_classify->log().waitStalled("searchDocuments", 100)), kTimeout);
+        {
+            DelayedRelease release(m_classify->log(), "searchDocuments");
+            delete board;
+            QVERIFY(release.released);
+        }
+        QCOMPARE(m_archive->log().count("resetConnection"), 1);
+        // What the job emitted on its way out dies with the board.
+        const int calls = m_classify->log().calls().size();
+        QTest::qWait(200);
+        QCOMPARE(m_classify->log().calls().size(), calls);
+    }
+
+    void drops_data()
+    {
+        QTest::addColumn<bool>("writeable");
+        QTest::addColumn<int>("preset"); // cards 500.. on the board before the drop
+        QTest::addColumn<QString>("docIds");
+        QTest::addColumn<QString>("docsIds");
+        QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
+        QTest::addColumn<QStringList>("added");
+        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
+        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList();
+        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList();
+        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
+        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList();
+        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
+        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
+    }
+
+    void drops()
+    {
+        QFETCH(bool, writeable);
+        QFETCH(int, preset);
+        QFETCH(QString, docIds);
+        QFETCH(QString, docsIds);
+        QFETCH(int, cancelAt);
+        QFETCH(QStringList, added);
+        const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
+        orvexwbwebview *board = createBoard(writeable);
+        for (int i = 0; i < preset; ++i)
+            board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
+        m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
+            if (++adds == cancelAt)
+                board->findChild<QProgressDialog *>()->cancel();
+        };
+        // Plain data, as a drag from another process or application brings it; a NUL ends the text.
+        QMimeData data;
+        data.setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
+        data.setData("x-application-orvex-docsids", docsIds.toUtf8());
+        QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
+        data.setData("x-application-orvex", QByteArray());
+        QCOMPARE(deliverDrop(board, &data), accepted);
+        // The server is asked for exactly the cards that appear, nothing else.
+        QCOMPARE(count("addToClipboard"), added.size());
+        QCOMPARE(board->cardCount(), preset + added.size());
+        for (const QString &id : added)
+            QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+    }
+
+    // Last: installs the German catalogue for the rest of the process.
+    void germanTexts()
+    {
+        QVERIFY(OrvexTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+        orvexwbwebview *board = boardWith(1);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#trans-Permissions"), QString("Berechtigungen"), kTimeout);
+        QCOMPARE(text(board, "#trans-DropDocumenthere"), QString("Dokument hier ablegen"));
+        QCOMPARE(js(board, "$('label[for=textarea-500]').text()").toString(), QString("Notiz..."));
+        board->setCardData("500", {});
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#status-500"), QString("Unbekannt"), kTimeout);
+    }
 
 private:
-    orvexwbwebview *createBoard(bool writeable = true, bool reload = true);
-    void addCards(int count, int pages = 3);
-    void waitForCards(orvexwbwebview *board, int count, bool withInfo = true);
+    // Built the way the tab set builds a board.
+    orvexwbwebview *createBoard(bool writeable = true, bool reload = true)
+    {
+        auto *board = new orvexwbwebview;
+        m_boards << board;
+        board->setContextMenuPolicy(Qt::CustomContextMenu);
+        board->setId(m_clip);
+        board->setArchiveClient(m_archive);
+        board->setClassifyClient(m_classify);
+        board->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, true);
+        board->resize(1000, 700);
+        board->show();
+        QSignalSpy loaded(board, &QWebEngineView::loadFinished);
+        board->load(QUrl("qrc:/material/card-webchannel.html"));
+        if (!loaded.wait(kTimeout) || !loaded.first().first().toBool())
+            qWarning() << "card page did not load";
+        board->updateTranslations();
+        board->setWriteable(writeable);
+        if (reload)
+            board->reloadCards();
+        return board;
+    }
+
+    // Documents 100.. in entries 500..; entry 501 has a note, 502 an unknown status.
+    void addCards(int count, int pages = 3)
+    {
+        for (int i = 0; i < count; ++i) {
+            const QString docId = QString::number(100 + i);
+            m_classify->addDocument({docId, QString("Title %1").arg(i), i % 2 ? "T2" : "T1", i == 2 ? "S9" : "S1",
+                                     QString("body text %1 number %2").arg(i).arg(i * 10), pages});
+            RecordingArchiveClient::Document document;
+            document.docId = 100 + i;
+            document.pages = pages;
+            m_archive->addDocument(document);
+            m_classify->addEntry(m_clip, docId, QString::number(500 + i), i == 1 ? "Note of one" : "");
+        }
+    }
+
+    void waitForCards(orvexwbwebview *board, int count, bool withInfo = true)
+    {
+        QTRY_COMPARE_WITH_TIMEOUT(sections(board), count, kTimeout);
+        // The info lines come last, from the update job's search rows.
+        if (withInfo && count > 0)
+            QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-500"), QString("Title 0"), kTimeout);
+    }
+
+    orvexwbwebview *boardWith(int cards, bool writeable = true)
+    {
+        addCards(cards);
+        orvexwbwebview *board = createBoard(writeable);
+        waitForCards(board, cards);
+        return board;
+    }
     int count(const QString &operation) { return m_classify->log().count(operation); }
 
     ClassifyDouble *m_classify = nullptr;
@@ -205,728 +700,6 @@ private:
     QString m_clip;
     QList<QPointer<orvexwbwebview>> m_boards;
 };
-
-void tst_Board::init()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    m_classify = new ClassifyDouble;
-    m_archive = new ArchiveDouble;
-    m_classify->setDocumentType("T1", "Invoice");
-    m_classify->setDocumentType("T2", "Letter");
-    m_classify->setDocumentStatus("S1", "Approved");
-    m_clip = m_classify->addClipboard("Work");
-}
-
-void tst_Board::cleanup()
-{
-    for (const QPointer<orvexwbwebview> &board : qAsConst(m_boards)) {
-        if (board)
-            board->stop();
-        delete board;
-    }
-    m_boards.clear();
-    delete m_classify;
-    delete m_archive;
-    QLocale::setDefault(QLocale::c());
-}
-
-// Built the way the tab set builds a board.
-orvexwbwebview *tst_Board::createBoard(bool writeable, bool reload)
-{
-    auto *board = new orvexwbwebview;
-    m_boards << board;
-    board->setContextMenuPolicy(Qt::CustomContextMenu);
-    board->setId(m_clip);
-    board->setArchiveClient(m_archive);
-    board->setClassifyClient(m_classify);
-    board->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, true);
-    board->resize(1000, 700);
-    board->show();
-    QSignalSpy loaded(board, &QWebEngineView::loadFinished);
-    board->load(QUrl("qrc:/material/card-webchannel.html"));
-    if (!loaded.wait(kTimeout) || !loaded.first().first().toBool())
-        qWarning() << "card page did not load";
-    board->updateTranslations();
-    board->setWriteable(writeable);
-    if (reload)
-        board->reloadCards();
-    return board;
-}
-
-// Documents 100.. in entries 500..; entry 501 has a note, 502 an unknown status.
-void tst_Board::addCards(int count, int pages)
-{
-    for (int i = 0; i < count; ++i) {
-        const QString docId = QString::number(100 + i);
-        m_classify->addDocument({docId, QString("Title %1").arg(i), i % 2 ? "T2" : "T1", i == 2 ? "S9" : "S1",
-                                 QString("body text %1 number %2").arg(i).arg(i * 10), pages});
-        RecordingArchiveClient::Document document;
-        document.docId = 100 + i;
-        document.pages = pages;
-        m_archive->addDocument(document);
-        m_classify->addEntry(m_clip, docId, QString::number(500 + i), i == 1 ? "Note of one" : "");
-    }
-}
-
-void tst_Board::waitForCards(orvexwbwebview *board, int count, bool withInfo)
-{
-    QTRY_COMPARE_WITH_TIMEOUT(sections(board), count, kTimeout);
-    // The info lines come last, from the update job's search rows.
-    if (withInfo && count > 0)
-        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-500"), QString("Title 0"), kTimeout);
-}
-
-void tst_Board::cardsShowFieldsNotesAndOrder()
-{
-    addCards(4);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 4);
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#status-503"), QString("Approved"), kTimeout);
-    QCOMPARE(text(board, "#doctype-500"), QString("Invoice"));
-    QCOMPARE(text(board, "#doctype-501"), QString("Letter"));
-    QCOMPARE(text(board, "#status-502"), QString("Unkown"));
-    QCOMPARE(text(board, "#main-501"), QString("101"));
-    QCOMPARE(value(board, "#textarea-501"), QString("Note of one"));
-    QCOMPARE(value(board, "#textarea-500"), QString());
-    QCOMPARE(js(board, "$('#textarea-500').attr('maxlength')").toString(), QString("1024"));
-    QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,501,500"), kTimeout);
-    QCOMPARE(board->cardCount(), 4);
-    QCOMPARE(board->documentIdOf("502"), QString("102"));
-    // A reload adds every card in one script; the info comes from the update, not per card.
-    QCOMPARE(count("getCardInfo"), 0);
-    QCOMPARE(m_classify->watch.onGuiThread.load(), 0);
-}
-
-void tst_Board::countLineAndDropZoneFollowCards()
-{
-    orvexwbwebview *board = createBoard();
-    QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#drop_zone"), kTimeout);
-    addCards(2); // on the server only, as a drop stores them
-
-    QVERIFY(!board->appendCard("100", "500").isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("1 / 200 (max)"), kTimeout);
-    QVERIFY(!visible(board, "#drop_zone"));
-    // A card added on its own loads its info on the work pool.
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-500"), QString("Title 0"), kTimeout);
-    QCOMPARE(m_classify->watch.onGuiThread.load(), 0);
-    QVERIFY(!board->appendCard("101", "501", "hello").isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("2 / 200 (max)"), kTimeout);
-    QCOMPARE(value(board, "#textarea-501"), QString("hello"));
-
-    // The card's close button removes it on the server too; the update's removal does not.
-    js(board, "$('#removebutton-501').click()");
-    QTRY_COMPARE_WITH_TIMEOUT(sections(board), 1, kTimeout);
-    QCOMPARE(m_classify->log().last("removeFromClipboard").args, QVariantList({m_clip, "501"}));
-    QCOMPARE(text(board, "#info"), QString("1 / 200 (max)"));
-    board->removeCard("500", false);
-    QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#drop_zone"), kTimeout);
-    QCOMPARE(text(board, "#info"), QString("0 / 200 (max)"));
-    QCOMPARE(count("removeFromClipboard"), 1);
-}
-
-void tst_Board::limitAndDuplicatesAreRefused()
-{
-    for (int i = 0; i < 201; ++i)
-        m_classify->addEntry(m_clip, QString::number(1000 + i), QString::number(5000 + i));
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 200, false);
-    QCOMPARE(board->cardCount(), 200);
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("200 / 200 (max)"), kTimeout);
-    QVERIFY(board->appendCard("9999", "9999").isEmpty());
-
-    board->removeCard("5000", false);
-    QVERIFY(!board->appendCard("9999", "9999").isEmpty());
-    QVERIFY(board->appendCard("9999", "9999").isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(js(board, "$('[id=section-9999]').length").toInt(), 1, kTimeout);
-    QCOMPARE(sections(board), 200);
-    QCOMPARE(text(board, "#info"), QString("200 / 200 (max)"));
-}
-
-void tst_Board::badIdsAreRefusedBeforeAnyScript_data()
-{
-    QTest::addColumn<QString>("id");
-    QTest::newRow("letters") << "abc";
-    QTest::newRow("script") << "1');alert('x";
-    QTest::newRow("empty") << "";
-    QTest::newRow("negative") << "-5";
-    QTest::newRow("decimal") << "7.5";
-}
-
-void tst_Board::badIdsAreRefusedBeforeAnyScript()
-{
-    QFETCH(QString, id);
-    orvexwbwebview *board = createBoard(true, false);
-    QSignalSpy scripts(board, &orvexwbwebview::javascript);
-
-    QVERIFY(board->appendCard(id, "7").isEmpty());
-    QVERIFY(board->appendCard("7", id).isEmpty());
-    board->removeCard(id, true);
-    board->updateComment(id, "x");
-    board->setCardData(id, {"7", id, "t", "T1", "", "", "S1"});
-    QVERIFY(board->getCardPixmap(id, "7", "0").isEmpty());
-    QVERIFY(board->getCardPixmap("7", id, "0").isEmpty());
-    QVERIFY(board->getCardPixmap("7", "7", id).isEmpty());
-    board->doReloadCardPixmap(id, "7", "0", "1");
-    board->doReloadCardPixmap("7", id, "0", "1");
-    board->saveCard(id, "note");
-
-    QCOMPARE(scripts.count(), 0);
-    QCOMPARE(board->cardCount(), 0);
-    QCOMPARE(count("removeFromClipboard") + count("setClipboardComment"), 0);
-    QCOMPARE(m_archive->log().count("getDocumentThumbnail"), 0);
-}
-
-void tst_Board::malformedServerAnswers()
-{
-    addCards(3);
-    // Types without names and no statuses at all: both lines read unknown.
-    m_classify->log().setShortRecords("getDocumentTypes");
-    m_classify->log().setFailing("getDocumentStatuses");
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 3);
-    QCOMPARE(text(board, "#doctype-500"), QString("Unkown"));
-    QCOMPARE(text(board, "#status-500"), QString("Unkown"));
-
-    // Short card info leaves the lines empty; missing fields of card data count as empty.
-    m_classify->log().setShortRecords("getCardInfo");
-    m_classify->addEntry(m_clip, "104", "504");
-    QVERIFY(!board->appendCard("104", "504").isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(count("getCardInfo"), 1, kTimeout);
-    board->setCardData("504", {"x"});
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#status-504"), QString("Unkown"), kTimeout);
-    QCOMPARE(text(board, "#comment-504"), QString());
-
-    // Entries without an entry id give no card; search rows without "#" match none.
-    m_classify->log().setShortRecords("getClipboardDocuments");
-    m_classify->log().setShortRecords("searchDocuments");
-    orvexwbwebview *other = createBoard();
-    QTRY_VERIFY_WITH_TIMEOUT(count("getClipboardDocuments") >= 2, kTimeout);
-    QCOMPARE(other->cardCount(), 0);
-    board->searchCards("Title");
-    QTRY_VERIFY_WITH_TIMEOUT(!visible(board, "#overview section"), kTimeout);
-    QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 4);
-}
-
-void tst_Board::readOnlySwitch_data()
-{
-    QTest::addColumn<bool>("writeable");
-    QTest::newRow("writeable") << true;
-    QTest::newRow("read-only") << false;
-}
-
-void tst_Board::readOnlySwitch()
-{
-    QFETCH(bool, writeable);
-    addCards(2);
-    orvexwbwebview *board = createBoard(!writeable);
-    waitForCards(board, 2);
-
-    // The flag switches the menu; the next update carries the per-card switch.
-    board->setWriteable(writeable);
-    QCOMPARE(board->isWriteable(), writeable);
-    board->updateCards();
-    for (const QString item : {"#clippermission", "#clearclip", "#removeclip"})
-        QTRY_COMPARE_WITH_TIMEOUT(has(board, item, "disabled"), !writeable, kTimeout);
-    for (const QString card : {"500", "501"}) {
-        QTRY_COMPARE_WITH_TIMEOUT(has(board, "#textarea-" + card, "readonly"), !writeable, kTimeout);
-        QTRY_COMPARE_WITH_TIMEOUT(has(board, "#removecard-" + card, "disabled"), !writeable, kTimeout);
-        QCOMPARE(has(board, "#removebutton-" + card, "disabled"), !writeable);
-    }
-    QVERIFY(!has(board, "#searchtext", "readonly"));
-
-    // Removing the clipboard and clearing the page need a writeable board; the
-    // server is asked to clear either way. The last command shows that the channel delivered all.
-    QSignalSpy remove(board, &orvexwbwebview::doRemoveClipboard);
-    QSignalSpy commands(board, &orvexwbwebview::doCommand);
-    js(board, "removeClipboard(); clearClipboard(); exportDocuments();");
-    QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
-    QCOMPARE(remove.count(), writeable ? 1 : 0);
-    QCOMPARE(m_classify->log().last("clearClipboard").args, QVariantList({m_clip}));
-    QCOMPARE(count("removeFromClipboard"), 0);
-    QCOMPARE(board->cardCount(), writeable ? 0 : 2);
-    QTRY_COMPARE_WITH_TIMEOUT(sections(board), writeable ? 0 : 2, kTimeout);
-    if (!writeable) {
-        board->setPermissions(); // no dialog on a read-only board
-        QCOMPARE(count("getAllRoles"), 0);
-    }
-}
-
-void tst_Board::clipboardMenu()
-{
-    orvexwbwebview *board = createBoard(true, false);
-    QSignalSpy add(board, &orvexwbwebview::addNewClipboard);
-    QElapsedTimer timer;
-    timer.start();
-    board->addClipboard();
-    QCOMPARE(add.count(), 0);
-    QVERIFY(add.wait(kTimeout));
-    QVERIFY(timer.elapsed() >= 90);
-    js(board, "addClipboard()");
-    QTRY_COMPARE_WITH_TIMEOUT(add.count(), 2, kTimeout);
-
-    QSignalSpy focus(board, &orvexwbwebview::focusTab);
-    board->doFocusTab();
-    QCOMPARE(focus.count(), 1);
-}
-
-void tst_Board::notes()
-{
-    addCards(2);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 2);
-
-    // Leaving the note field saves it.
-    js(board, "$('#textarea-500').val('Check the total');"
-              "document.getElementById('textarea-500').dispatchEvent(new FocusEvent('blur'))");
-    QTRY_COMPARE_WITH_TIMEOUT(count("setClipboardComment"), 1, kTimeout);
-    QCOMPARE(m_classify->log().last("setClipboardComment").args, QVariantList({m_clip, "500", "Check the total"}));
-
-    // Notes at and beyond the field's limit reach the server unchanged, and come
-    // back whole, apostrophe included, with the next update.
-    const QString longNote = QString(1500, 'n') + "'s end";
-    board->saveCard("501", longNote);
-    QCOMPARE(m_classify->clipboard(m_clip).entries.at(1).comment, longNote);
-    m_classify->setClipboardComment(m_clip, "500", "Anna's copy");
-    board->updateCards();
-    QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), QString("Anna's copy"), kTimeout);
-    QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), longNote, kTimeout);
-
-    // updateComment takes its text as it is: an apostrophe breaks that one script only.
-    board->updateComment("500", "plain");
-    QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), QString("plain"), kTimeout);
-    board->updateComment("500", "it's");
-    board->updateComment("501", "");
-    QTRY_VERIFY_WITH_TIMEOUT(!js(board, "$('#textarea-501').parent().hasClass('is-dirty')").toBool(), kTimeout);
-    QCOMPARE(value(board, "#textarea-500"), QString("plain"));
-    QVERIFY(js(board, "$('#textarea-500').parent().hasClass('is-dirty')").toBool());
-}
-
-void tst_Board::search_data()
-{
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<QString>("input");
-    QTest::addColumn<QString>("term");
-    QTest::addColumn<QStringList>("shown");
-    QTest::newRow("integer also as decimal") << "C" << "20" << "20 OR 20.0" << QStringList{"502"};
-    QTest::newRow("words, trimmed") << "C" << "  Title 1 " << "Title 1" << QStringList{"501"};
-    QTest::newRow("German decimal comma") << "de_DE" << "12,5" << "12.5" << QStringList();
-    QTest::newRow("decimal point") << "C" << "12.5" << "12.5" << QStringList();
-    QTest::newRow("common word") << "C" << "body" << "body" << QStringList{"500", "501", "502"};
-}
-
-void tst_Board::search()
-{
-    QFETCH(QString, locale);
-    QFETCH(QString, input);
-    QFETCH(QString, term);
-    QFETCH(QStringList, shown);
-    addCards(3);
-    QLocale::setDefault(QLocale(locale));
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 3);
-    m_classify->log().clear();
-
-    board->searchCards(input);
-    QString filter = "docs_id in (";
-    for (const QString &id : board->cardIds())
-        filter += id + ',';
-    const QStringList criteria{"OPT:SELECTION;-1", "OPT:FULLTEXT" + QString(kSep) + term, filter + "0)",
-                               "OPT:LIMIT;1000"};
-    QCOMPARE(count("searchDocuments"), 1);
-    QCOMPARE(m_classify->log().last("searchDocuments").args.value(0).toStringList(), criteria);
-    for (const QString &id : board->cardIds())
-        QTRY_COMPARE_WITH_TIMEOUT(visible(board, "#section-" + id), shown.contains(id), kTimeout);
-
-    // "*" shows every card again without asking the server.
-    board->searchCards("*");
-    QTRY_COMPARE_WITH_TIMEOUT(js(board, "$('#overview section:visible').length").toInt(), 3, kTimeout);
-    QCOMPARE(count("searchDocuments"), 1);
-}
-
-void tst_Board::searchFromThePage()
-{
-    orvexwbwebview *empty = createBoard();
-    // An empty board does not search.
-    empty->searchCards("anything");
-    QCOMPARE(count("searchDocuments"), 0);
-
-    addCards(3);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 3);
-    const int before = count("searchDocuments");
-    QVERIFY(has(board, "#search-button", "disabled"));
-    QVERIFY(has(board, "#reset-button", "disabled"));
-    // Typing enables the search button; Enter searches.
-    js(board, "$('#searchtext').val('Title 2').trigger('input')");
-    QVERIFY(!has(board, "#search-button", "disabled"));
-    js(board, "$('#searchtext').trigger($.Event('keydown', {keyCode: 13}))");
-    QTRY_COMPARE_WITH_TIMEOUT(count("searchDocuments"), before + 1, kTimeout);
-    QTRY_VERIFY_WITH_TIMEOUT(!visible(board, "#section-500"), kTimeout);
-    QVERIFY(visible(board, "#section-502"));
-    QVERIFY(!has(board, "#reset-button", "disabled"));
-
-    // Emptying the field resets: "*" shows every card, both buttons are disabled again.
-    js(board, "$('#searchtext').val('').trigger('input')");
-    QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#section-500"), kTimeout);
-    QVERIFY(has(board, "#search-button", "disabled"));
-    QVERIFY(has(board, "#reset-button", "disabled"));
-    QCOMPARE(count("searchDocuments"), before + 1);
-}
-
-void tst_Board::backgroundUpdateReconciles()
-{
-    addCards(3);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 3);
-
-    // Meanwhile on the server: one entry gone, one new, one note changed.
-    m_classify->removeFromClipboard(m_clip, "502");
-    m_classify->addDocument({"777", "Fresh", "T2", "S1", "", 1});
-    m_classify->addEntry(m_clip, "777", "900", "new note");
-    m_classify->setClipboardComment(m_clip, "500", "changed");
-    m_classify->log().clear();
-
-    board->updateCards();
-    QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("900,501,500"), kTimeout);
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-900"), QString("Fresh"), kTimeout);
-    QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), QString("changed"), kTimeout);
-    QCOMPARE(value(board, "#textarea-900"), QString("new note"));
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("3 / 200 (max)"), kTimeout);
-    QCOMPARE(board->cardCount(), 3);
-    // A card that vanished on the server is only taken off the page.
-    QCOMPARE(count("removeFromClipboard"), 0);
-    QCOMPARE(m_classify->log().last("searchDocuments").args.value(0).toStringList(),
-             QStringList({"docs_id in (500,501,900,0)", "OPT:LIMIT;1000"}));
-    QCOMPARE(m_classify->watch.onGuiThread.load(), 0);
-}
-
-void tst_Board::failedUpdateKeepsTheCards()
-{
-    addCards(3);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 3);
-
-    // A failed query is no empty clipboard.
-    m_classify->log().setFailing("getClipboardDocuments");
-    m_classify->log().setFailing("searchDocuments");
-    const int searches = count("searchDocuments");
-    QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), count("searchDocuments") >= searches + 2), kTimeout);
-    QCOMPARE(sections(board), 3);
-    board->reloadCards();
-    QCOMPARE(board->cardCount(), 3);
-    QCOMPARE(sections(board), 3);
-}
-
-void tst_Board::hostCommands_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("args");
-    QTest::newRow("open") << "openDocument(501,101)" << "OPENDOC" << QStringList{"101", "Title 1", "501"};
-    QTest::newRow("classification") << "showClassification(500)" << "SHOWCLASSIFICATION" << QStringList{"500"};
-    QTest::newRow("export") << "exportDocuments()" << "EXPORTDOCS" << QStringList{"500", "501"};
-    QTest::newRow("mail") << "mailDocuments()" << "MAILDOCS" << QStringList{"500", "501"};
-}
-
-void tst_Board::hostCommands()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, command);
-    QFETCH(QStringList, args);
-    addCards(2);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 2);
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-501"), QString("Title 1"), kTimeout);
-
-    QSignalSpy commands(board, &orvexwbwebview::doCommand);
-    js(board, script);
-    QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
-    QCOMPARE(commands.first().at(0).toString(), command);
-    QStringList sent = commands.first().at(1).toStringList();
-    std::sort(sent.begin(), sent.end()); // hash order
-    std::sort(args.begin(), args.end());
-    QCOMPARE(sent, args);
-}
-
-void tst_Board::permissions_data()
-{
-    QTest::addColumn<QStringList>("rights");
-    QTest::addColumn<bool>("accept");
-    QTest::addColumn<QStringList>("stored");
-    const QString w = QString(kSep) + 'W';
-    const QString r = QString(kSep) + 'R';
-    const QString lead = "x" + QString(kSep);
-    QTest::newRow("accepted") << QStringList{lead + "anna" + r, lead + "team" + w} << true
-                              << QStringList{"team" + w, "anna" + r};
-    QTest::newRow("nobody may edit") << QStringList{lead + "anna" + r} << true << QStringList();
-    QTest::newRow("rejected") << QStringList{lead + "team" + w} << false << QStringList();
-}
-
-void tst_Board::permissions()
-{
-    QFETCH(QStringList, rights);
-    QFETCH(bool, accept);
-    QFETCH(QStringList, stored);
-    m_classify->setAllRoles({"anna", "team", "bob"});
-    m_classify->setRawClipboardRoles(m_clip, rights);
-    orvexwbwebview *board = createBoard(true, false);
-    QSignalSpy reload(board, &orvexwbwebview::reloadClipboards);
-    QSignalSpy commands(board, &orvexwbwebview::doCommand);
-
-    std::unique_ptr<ModalAnswerer> boxAnswer;
-    ModalAnswerer dialogAnswer([&](QWidget *modal) {
-        QCOMPARE(modal->metaObject()->className(), "orvexcbrights");
-        boxAnswer.reset(new ModalAnswerer(QMessageBox::Ok));
-        auto *dialog = qobject_cast<QDialog *>(modal);
-        accept ? dialog->accept() : dialog->reject();
-    });
-    // The page's menu entry opens the dialog; the command after it shows when the call is done.
-    js(board, "permissions(); mailDocuments();");
-    QTRY_COMPARE_WITH_TIMEOUT(commands.count(), 1, kTimeout);
-    QVERIFY(dialogAnswer.answered());
-    QCOMPARE(m_classify->log().last("getClipboardRoles").args, QVariantList({m_clip}));
-    QCOMPARE(reload.count(), accept ? 1 : 0);
-
-    const bool refused = accept && stored.isEmpty();
-    QCOMPARE(boxAnswer->answered(), refused);
-    if (refused) {
-        QCOMPARE(boxAnswer->seenTitle(), QCoreApplication::translate("orvexwbwebview", "Error"));
-        QCOMPARE(boxAnswer->seenText(),
-                 QCoreApplication::translate("orvexwbwebview", "The Card must be editable at least from a role!"));
-    }
-    if (stored.isEmpty()) {
-        QCOMPARE(count("setClipboardRoles"), 0);
-        QCOMPARE(m_classify->clipboard(m_clip).roles, rights);
-    } else {
-        QCOMPARE(m_classify->log().last("setClipboardRoles").args, QVariantList({m_clip, stored}));
-    }
-}
-
-void tst_Board::thumbnailsAndPageButtons()
-{
-    addCards(2, 3);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 2);
-    QTRY_VERIFY_WITH_TIMEOUT(!imageOf(board, "500").isNull(), kTimeout);
-    QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#img-500"), kTimeout);
-    QVERIFY(!visible(board, "#spinner-500"));
-    QCOMPARE(imageOf(board, "500").height(), 800);
-    QCOMPARE(js(board, "String($('#img-500').data('maxpage'))").toString(), QString("3"));
-    const auto buttons = [&] {
-        QString state;
-        for (const QString button : {"first", "prev", "next", "last"})
-            state += has(board, QString("#btn-%1-500").arg(button), "disabled") ? '-' : '+';
-        return state;
-    };
-    QCOMPARE(buttons(), QString("--++"));
-    const CallLog::Call call = m_archive->log().callsOf("getDocumentThumbnail").first();
-    QCOMPARE(call.args.value(2).toInt(), 800);
-    QCOMPARE(call.args.mid(5), QVariantList({0, 0, -1}));
-    QCOMPARE(m_archive->watch.onGuiThread.load(), 0);
-
-    // Every page change fetches again.
-    const QImage first = imageOf(board, "500");
-    const int fetches = m_archive->log().count("getDocumentThumbnail");
-    js(board, "$('#btn-next-500').click()");
-    QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), fetches + 1, kTimeout);
-    QCOMPARE(m_archive->log().last("getDocumentThumbnail").args.value(1).toInt(), 1);
-    QTRY_VERIFY_WITH_TIMEOUT(imageOf(board, "500") != first, kTimeout);
-    QTRY_COMPARE_WITH_TIMEOUT(buttons(), QString("++++"), kTimeout);
-    js(board, "$('#btn-last-500').click()");
-    QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), fetches + 2, kTimeout);
-    QCOMPARE(m_archive->log().last("getDocumentThumbnail").args.value(1).toInt(), 2);
-    QTRY_COMPARE_WITH_TIMEOUT(buttons(), QString("++--"), kTimeout);
-
-    // The host can have a page fetched again.
-    board->doReloadCardPixmap("500", "100", "0", "3");
-    QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), fetches + 3, kTimeout);
-    QCOMPARE(m_archive->log().last("getDocumentThumbnail").args.value(1).toInt(), 0);
-}
-
-void tst_Board::placeholderForMissingImages_data()
-{
-    QTest::addColumn<bool>("readable");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("no right to see it") << false << QByteArray();
-    QTest::newRow("bytes that are no image") << true << QByteArray("not an image at all");
-}
-
-void tst_Board::placeholderForMissingImages()
-{
-    QFETCH(bool, readable);
-    QFETCH(QByteArray, bytes);
-    RecordingArchiveClient::Document document;
-    document.docId = 300;
-    document.pages = 4;
-    document.readable = readable;
-    document.thumbnail = bytes;
-    m_archive->addDocument(document);
-    m_classify->addEntry(m_clip, "300", "600");
-
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 1, false);
-    QTRY_VERIFY_WITH_TIMEOUT(!imageOf(board, "600").isNull(), kTimeout);
-    QCOMPARE(imageOf(board, "600").size(), QSize(150, 150));
-    // The page count the archive reported still counts.
-    QCOMPARE(js(board, "String($('#img-600').data('maxpage'))").toString(), QString("4"));
-    QVERIFY(!has(board, "#btn-next-600", "disabled"));
-}
-
-void tst_Board::noScriptRunsAfterStop()
-{
-    addCards(2);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 2);
-    board->stop();
-    board->stop(); // safe twice
-    QVERIFY(board->isStopped());
-
-    board->doJavascript("window.afterStop = 1;null;");
-    emit board->javascript("window.afterStop = 2;null;");
-    board->updateTranslations();
-    QVERIFY(board->appendCard("105", "999").isEmpty());
-    board->reloadCards();
-    board->updateCards();
-    const int fetches = m_archive->log().count("getDocumentThumbnail");
-    QVERIFY(board->getCardPixmap("500", "100", "1").isEmpty());
-    // The probe runs after anything sent before it.
-    QCOMPARE(js(board, "typeof window.afterStop").toString(), QString("undefined"));
-    QCOMPARE(sections(board), 2);
-    QCOMPARE(m_archive->log().count("getDocumentThumbnail"), fetches);
-}
-
-void tst_Board::stopCancelsQueuedFetches()
-{
-    addCards(20, 1);
-    m_archive->log().setStalled("getDocumentThumbnail");
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 20, false);
-    // Every pool thread is inside a fetch; the other fetches wait in the queue.
-    const int threads = qMin(QThread::idealThreadCount(), 20);
-    QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), threads, kTimeout);
-    {
-        DelayedRelease release(m_archive->log(), "getDocumentThumbnail");
-        board->stop();
-        QVERIFY(release.released);
-    }
-    // The queued fetches never ran; the answers of the running ones reach no page.
-    QCOMPARE(m_archive->log().count("getDocumentThumbnail"), threads);
-    QCOMPARE(js(board, "$('#overview img[src^=\"data:\"]').length").toInt(), 0);
-}
-
-void tst_Board::stopWaitsForRunningUpdate()
-{
-    addCards(2);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 2);
-    m_classify->log().setStalled("getClipboardDocuments");
-    QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), m_classify->log().waitStalled("getClipboardDocuments", 100)),
-                             kTimeout);
-    const int searches = count("searchDocuments");
-    {
-        DelayedRelease release(m_classify->log(), "getClipboardDocuments");
-        board->stop();
-        QVERIFY(release.released); // stop() returned only after the job had finished
-    }
-    // Stopped inside, the job asked nothing further.
-    QCOMPARE(count("searchDocuments"), searches);
-}
-
-void tst_Board::destroyingMidUpdate()
-{
-    addCards(3);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 3);
-    m_classify->log().setStalled("searchDocuments");
-    m_classify->removeFromClipboard(m_clip, "500");
-    QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), m_classify->log().waitStalled("searchDocuments", 100)), kTimeout);
-    {
-        DelayedRelease release(m_classify->log(), "searchDocuments");
-        delete board;
-        QVERIFY(release.released);
-    }
-    QCOMPARE(m_archive->log().count("resetConnection"), 1);
-    // What the job emitted on its way out dies with the board.
-    const int calls = m_classify->log().calls().size();
-    QTest::qWait(200);
-    QCOMPARE(m_classify->log().calls().size(), calls);
-}
-
-void tst_Board::drops_data()
-{
-    QTest::addColumn<bool>("writeable");
-    QTest::addColumn<int>("preset"); // cards 500.. on the board before the drop
-    QTest::addColumn<QString>("docIds");
-    QTest::addColumn<QString>("docsIds");
-    QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
-    QTest::addColumn<QStringList>("added");
-    QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
-    QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList();
-    QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList();
-    QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
-    QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList();
-    QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
-    QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
-}
-
-void tst_Board::drops()
-{
-    QFETCH(bool, writeable);
-    QFETCH(int, preset);
-    QFETCH(QString, docIds);
-    QFETCH(QString, docsIds);
-    QFETCH(int, cancelAt);
-    QFETCH(QStringList, added);
-    const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
-    orvexwbwebview *board = createBoard(writeable);
-    for (int i = 0; i < preset; ++i)
-        board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
-    m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
-        if (++adds == cancelAt)
-            board->findChild<QProgressDialog *>()->cancel();
-    };
-    // Plain data, as a drag from another process or application brings it; a NUL ends the text.
-    QMimeData data;
-    data.setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
-    data.setData("x-application-orvex-docsids", docsIds.toUtf8());
-    QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
-    data.setData("x-application-orvex", QByteArray());
-    QCOMPARE(deliverDrop(board, &data), accepted);
-    // The server is asked for exactly the cards that appear, nothing else.
-    QCOMPARE(count("addToClipboard"), added.size());
-    QCOMPARE(board->cardCount(), preset + added.size());
-    for (const QString &id : added)
-        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
-}
-
-void tst_Board::holdingADragOverATabSwitchesToIt()
-{
-    orvexwbwebview *board = createBoard();
-    QTabWidget tabs;
-    tabs.addTab(new QWidget, "One");
-    tabs.addTab(new QWidget, "Two");
-    tabs.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&tabs));
-    QCursor::setPos(tabs.tabBar()->mapToGlobal(tabs.tabBar()->tabRect(1).center()));
-    board->startDrag();
-    QTRY_COMPARE_WITH_TIMEOUT(tabs.currentIndex(), 1, kTimeout);
-    board->stopDrag();
-}
-
-void tst_Board::germanTexts()
-{
-    QVERIFY(OrvexTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
-    addCards(1);
-    orvexwbwebview *board = createBoard();
-    waitForCards(board, 1);
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#trans-Permissions"), QString("Berechtigungen"), kTimeout);
-    QCOMPARE(text(board, "#trans-DropDocumenthere"), QString("Dokument hier ablegen"));
-    QCOMPARE(board->getTranslation("Search..."), QString("Suchen..."));
-    QCOMPARE(board->getTranslation("No such label"), QString("No such label"));
-    QCOMPARE(js(board, "$('label[for=textarea-500]').text()").toString(), QString("Notiz..."));
-    board->setCardData("500", {});
-    QTRY_COMPARE_WITH_TIMEOUT(text(board, "#status-500"), QString("Unbekannt"), kTimeout);
-}
 
 QTEST_MAIN(tst_Board)
 #include "tst_board.moc"
