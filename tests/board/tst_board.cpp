@@ -10,6 +10,8 @@
 #include <QPointer>
 #include <QProgressDialog>
 #include <QSignalSpy>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QThread>
 #include <QWebEnginePage>
 #include <QWebEngineSettings>
@@ -625,6 +627,21 @@ private slots:
         QCOMPARE(board->cardCount(), preset + added.size());
         for (const QString &id : added)
             QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+    }
+
+    // Holding a dragged card over another tab for two ticks switches to it.
+    void holdingADragOverATabSwitchesToIt()
+    {
+        orvexwbwebview *board = createBoard();
+        QTabWidget tabs;
+        tabs.addTab(new QWidget, "One");
+        tabs.addTab(new QWidget, "Two");
+        tabs.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&tabs));
+        QCursor::setPos(tabs.tabBar()->mapToGlobal(tabs.tabBar()->tabRect(1).center()));
+        board->startDrag();
+        QTRY_COMPARE_WITH_TIMEOUT(tabs.currentIndex(), 1, kTimeout);
+        board->stopDrag();
     }
 
     // Last: installs the German catalogue for the rest of the process.
