@@ -34,8 +34,22 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${ORVEX_DEMO_HEADLESS:-}" ]; then
   exit "$rc"
 fi
 
+# The stand-in serves the same archive, as the same user, as the host: it gets
+# the host's --archive and --user options.
+start_connection_manager() {
+  n=$#
+  prev=""
+  for arg in "$@"; do
+    case "$prev" in --archive|--user) set -- "$@" "$prev" "$arg" ;; esac
+    case "$arg" in --archive=*|--user=*) set -- "$@" "$arg" ;; esac
+    prev=$arg
+  done
+  shift "$n"
+  "$BIN/orvexconnectionmanager" "$@" &
+}
+
 if [ -x "$BIN/orvexconnectionmanager" ]; then
-  "$BIN/orvexconnectionmanager" &
+  start_connection_manager "$@"
   cm_pid=$!
   trap 'kill "$cm_pid" 2>/dev/null || true' EXIT
 fi
