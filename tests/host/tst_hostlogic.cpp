@@ -63,10 +63,7 @@ void tst_HostLogic::filter_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QList<qlonglong>>("expected"); // in id order
 
-    QTest::newRow("empty shows all") << QString() << QList<qlonglong>{3, 9, 10, 112};
-    QTest::newRow("case-insensitive") << QStringLiteral("PAID") << QList<qlonglong>{3, 9};
-    QTest::newRow("umlaut") << QStringLiteral("müller") << QList<qlonglong>{9};
-    QTest::newRow("every word must match") << QStringLiteral("invoice paid") << QList<qlonglong>{9};
+    QTest::newRow("case-insensitive umlaut") << QStringLiteral("MÜLLER") << QList<qlonglong>{9};
     QTest::newRow("words in any column and order") << QStringLiteral("2022 paid") << QList<qlonglong>{3};
     QTest::newRow("digits in id and date") << QStringLiteral("11") << QList<qlonglong>{10, 112};
     QTest::newRow("one word fails") << QStringLiteral("invoice zzz") << QList<qlonglong>{};
@@ -97,7 +94,6 @@ void tst_HostLogic::sorting_data()
                                       << QList<qlonglong>{3, 10, 9, 112};
     // Titles the way people read them: "Invoice 9" before "Invoice 10", also in the C locale.
     QTest::newRow("title") << int(Model::TitleColumn) << Qt::AscendingOrder << QList<qlonglong>{3, 112, 9, 10};
-    QTest::newRow("date") << int(Model::DateColumn) << Qt::AscendingOrder << QList<qlonglong>{3, 10, 9, 112};
 }
 
 void tst_HostLogic::sorting()

@@ -41,9 +41,6 @@ void tst_HostProcess::failures_data()
         << QStringLiteral("a-file/archive could not be opened");
     QTest::newRow("bad timeout") << QStringList{QStringLiteral("--timeout"), QStringLiteral("never")} << 1
                                  << QStringLiteral("\"never\"");
-    QTest::newRow("state without screenshot")
-        << QStringList{QStringLiteral("--dump-state"), m_scratch.filePath(QStringLiteral("state.json"))} << 1
-        << QStringLiteral("--dump-state needs");
     QTest::newRow("unknown option") << QStringList{QStringLiteral("--colour=red")} << 1 << QStringLiteral("colour");
 }
 

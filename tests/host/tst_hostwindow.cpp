@@ -5,7 +5,6 @@
 #include "orvexarchiveclient.h"
 #include "orvexclipboardlabel.h"
 #include "orvexdocumentlistview.h"
-#include "orvexhostcommands.h"
 #include "orvexhostoptions.h"
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
@@ -22,7 +21,6 @@
 #include "qsnackbarevent.h"
 #include "tavlodocplugininterface.h"
 
-#include <QDockWidget>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -55,15 +53,12 @@ private slots:
     void init();
     void cleanup();
 
-    void workbenchGetsClientsAndConnectionAndDocksRight();
-    void commandsReachTheHost_data();
-    void commandsReachTheHost();
+    void workbenchGetsClientsAndConnection();
+    void statusBarShowsCommandsAndSnackbars();
     void filterEditFiltersTheList();
     void documentDragShowsTheChooser();
-    void snackbarTextsAreShownForAWhile();
     void themeColourReachesTheChooser();
     void sessionOnAFreshArchive();
-    void dragFromTheListOntoABoard();
     void germanTexts(); // last: installs translators for the rest of the process
 
 private:
@@ -106,7 +101,7 @@ void tst_HostWindow::cleanup()
     delete m_classify;
 }
 
-void tst_HostWindow::workbenchGetsClientsAndConnectionAndDocksRight()
+void tst_HostWindow::workbenchGetsClientsAndConnection()
 {
     QVERIFY2(m_archive->isConnected(), qPrintable(m_archive->getLastError()));
     const CallLog &log = m_archive->log();
@@ -114,42 +109,26 @@ void tst_HostWindow::workbenchGetsClientsAndConnectionAndDocksRight()
     QCOMPARE(log.last(QStringLiteral("logIn")).args,
              (QVariantList{m_connection.login1, m_connection.login2, m_connection.login3}));
     auto *dock = qobject_cast<orvexworkbenchdock *>(m_window->workbenchDock());
-    QVERIFY(dock);
-    QCOMPARE(dock->tabWidget()->archiveClient(), m_archive);
-    QCOMPARE(dock->tabWidget()->classifyClient(), m_classify);
-
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    QVERIFY(dock && dock->tabWidget()->archiveClient() == m_archive);
     QCOMPARE(m_window->dockWidgetArea(dock), Qt::RightDockWidgetArea);
-    QVERIFY(dock->isVisible());
-    QVERIFY(m_window->findChild<QMenu *>(QStringLiteral("menuView"))->actions().contains(dock->toggleViewAction()));
 }
 
-void tst_HostWindow::commandsReachTheHost_data()
+void tst_HostWindow::statusBarShowsCommandsAndSnackbars()
 {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("args");
-    QTest::addColumn<QString>("message");
-
-    QTest::newRow("unknown word") << QStringLiteral("SHRED") << QStringList{QStringLiteral("7")}
-                                  << QStringLiteral("Unknown command SHRED (7)");
-    QTest::newRow("unknown card") << QStringLiteral("SHOWCLASSIFICATION") << QStringList{QStringLiteral("7")}
-                                  << QStringLiteral("The archive knows no document for the card(s) 7.");
-}
-
-void tst_HostWindow::commandsReachTheHost()
-{
-    QFETCH(QString, command);
-    QFETCH(QStringList, args);
-    QFETCH(QString, message);
-
     m_window->show();
     // Boards raise commands through the tab set; the host hears them from the plugin alone.
     auto *dock = qobject_cast<orvexworkbenchdock *>(m_window->workbenchDock());
     ModalAnswerer answer(QMessageBox::Ok);
-    emit dock->tabWidget()->doCommand(command, args);
-    QCOMPARE(m_window->statusBar()->currentMessage(), message);
-    QCOMPARE(answer.answered(), OrvexHostCommands::isKnown(command)); // a failure is told in a box too
+    emit dock->tabWidget()->doCommand(QStringLiteral("SHOWCLASSIFICATION"), {QStringLiteral("7")});
+    QCOMPARE(m_window->statusBar()->currentMessage(),
+             QStringLiteral("The archive knows no document for the card(s) 7."));
+    QVERIFY(answer.answered()); // a failure is told in a box too
+    emit dock->tabWidget()->doCommand(QStringLiteral("SHRED"), {QStringLiteral("7")});
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Unknown command SHRED (7)"));
+    // The workbench's snackbar texts are shown for a while, then cleared.
+    QSnackbarEvent(QStringLiteral("Added 2 document(s)")).send();
+    QTRY_COMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Added 2 document(s)"));
+    QTRY_VERIFY_WITH_TIMEOUT(m_window->statusBar()->currentMessage().isEmpty(), 15000);
 }
 
 void tst_HostWindow::filterEditFiltersTheList()
@@ -157,9 +136,7 @@ void tst_HostWindow::filterEditFiltersTheList()
     m_window->show();
     auto *filter = m_window->findChild<QLineEdit *>(QStringLiteral("m_filter"));
     auto *count = m_window->findChild<QLabel *>(QStringLiteral("countLabel"));
-    QCOMPARE(count->text(), QStringLiteral("3 documents"));
     QTest::keyClicks(filter, QStringLiteral("invoice"));
-    QCOMPARE(listed(m_window), 2);
     QCOMPARE(count->text(), QStringLiteral("2 of 3 documents"));
 
     // Documents that arrive while a filter is set are filtered too, the selection is kept.
@@ -185,15 +162,6 @@ void tst_HostWindow::documentDragShowsTheChooser()
     QTRY_VERIFY_WITH_TIMEOUT(!chooser->isVisible(), 15000);
 }
 
-void tst_HostWindow::snackbarTextsAreShownForAWhile()
-{
-    m_window->show();
-    const QString text = QStringLiteral("Added 2 document(s) to clipboard Inbox");
-    QSnackbarEvent(text).send();
-    QTRY_COMPARE(m_window->statusBar()->currentMessage(), text);
-    QTRY_VERIFY_WITH_TIMEOUT(m_window->statusBar()->currentMessage().isEmpty(), 15000);
-}
-
 void tst_HostWindow::themeColourReachesTheChooser()
 {
     const orvexclipboardlabel reader(QStringLiteral("Inbox"), nullptr);
@@ -201,7 +169,6 @@ void tst_HostWindow::themeColourReachesTheChooser()
     {
         OrvexThemeWriter theme;
         QVERIFY2(theme.followApplicationPalette(), qPrintable(theme.errorString()));
-        QCOMPARE(reader.getCurrentTheme(), original.color(QPalette::Highlight).name());
         QPalette palette = original;
         palette.setColor(QPalette::Highlight, QColor(0x8b, 0, 0));
         QApplication::setPalette(palette);
@@ -216,6 +183,8 @@ void tst_HostWindow::themeColourReachesTheChooser()
     QCOMPARE(reader.getCurrentTheme(), QStringLiteral("#308cc6"));
 }
 
+// A running host on a fresh archive: imports show up in the list, documents
+// dragged from the list become entries on the archive server and cards on the board.
 void tst_HostWindow::sessionOnAFreshArchive()
 {
     QTemporaryDir scratch;
@@ -223,53 +192,17 @@ void tst_HostWindow::sessionOnAFreshArchive()
     options.archiveFolder = scratch.filePath(QStringLiteral("archive"));
     OrvexHostSession session;
     QVERIFY2(session.start(options), qPrintable(session.errorString()));
-    QCOMPARE(qEnvironmentVariable(OrvexHostSession::archiveDirVariable), options.archiveFolder);
-    const int documents = session.archive()->documents().size();
-    QVERIFY(documents > 10);
-    QCOMPARE(listed(session.window()), documents);
-    // The archive's own values took the archive client through the whole chain.
     auto *client = qobject_cast<OrvexArchiveClient *>(session.archive()->archiveClient());
     QVERIFY2(client && client->isConnected(), qPrintable(session.archive()->archiveClient()->getLastError()));
-
-    // A document imported into the archive shows up in the list.
+    const int documents = session.archive()->documents().size();
     const QString pdf = scratch.filePath(QStringLiteral("letter.pdf"));
     {
         QPdfWriter writer(pdf);
-        QPainter painter(&writer);
-        painter.drawText(QPointF(200, 200), QStringLiteral("A letter for the host"));
+        QPainter(&writer).drawText(QPointF(200, 200), QStringLiteral("A letter for the host"));
     }
-    // A clipboard made elsewhere shows up with the import's refresh.
-    auto *tabs = session.window()->findChild<orvexworkbenchtab *>();
-    session.window()->show();
-    orvexwbwebview *board = tabs->boardAt(tabs->currentIndex());
-    QTRY_VERIFY_WITH_TIMEOUT(board->cardCount() > 0, 15000);
-    const int clipboards = tabs->count();
-    const int cards = board->cardCount();
-    QVERIFY(!session.archive()->classifyClient()->createClipboard(QStringLiteral("Made elsewhere")).isEmpty());
-    const qlonglong imported = session.archive()->importFile(pdf, QStringLiteral("Letter for the host"));
-    QVERIFY(imported > 0);
+    QVERIFY(session.archive()->importFile(pdf, QStringLiteral("Letter for the host")) > 0);
     QTRY_COMPARE(listed(session.window()), documents + 1);
-    QTRY_COMPARE(tabs->count(), clipboards + 1);
 
-    // A card added elsewhere shows up with the host's Reload.
-    qlonglong docsId = 0;
-    for (const OrvexArchiveDocument &document : session.archive()->documents())
-        docsId = document.id == imported ? document.docsId : docsId;
-    QVERIFY(session.archive()->classifyClient()->addToClipboard(board->getId(), QString::number(imported),
-                                                                 QString::number(docsId)));
-    session.window()->findChild<QAction *>(QStringLiteral("actionReload"))->trigger();
-    QTRY_COMPARE_WITH_TIMEOUT(board->cardCount(), cards + 1, 15000);
-}
-
-// Documents dragged from the list of a running host become entries on the
-// archive server and cards in the board's page.
-void tst_HostWindow::dragFromTheListOntoABoard()
-{
-    QTemporaryDir scratch;
-    OrvexHostOptions options = OrvexHostOptions::parse({QStringLiteral("orvexhost")});
-    options.archiveFolder = scratch.filePath(QStringLiteral("archive"));
-    OrvexHostSession session;
-    QVERIFY2(session.start(options), qPrintable(session.errorString()));
     session.window()->show();
     orvexwbwebview *board = nullptr;
     for (orvexwbwebview *candidate : session.window()->findChildren<orvexwbwebview *>())
@@ -290,9 +223,7 @@ void tst_HostWindow::dragFromTheListOntoABoard()
     QVERIFY(data);
     const QStringList docIds = data->getDocIds(), docsIds = data->getDocsIds();
     QCOMPARE(docIds.size(), 3);
-    QCOMPARE(data->getDocsIdsFromMimeData().value(2), docsIds.at(2).toLongLong());
     QVERIFY(data->getBemerkungen().contains(QString::number(ids.at(1)) + QStringLiteral("#2")));
-    QVERIFY(data->getArchiveWorker() && data->getClassifyClient() == session.archive()->classifyClient());
 
     QVERIFY(deliverDrop(board, data.get(), board->rect().center()));
     QTRY_COMPARE(session.window()->statusBar()->currentMessage(),
@@ -316,8 +247,6 @@ void tst_HostWindow::germanTexts()
     window.setDocuments({doc(1, QStringLiteral("Brief"))});
     QCOMPARE(window.findChild<QMenu *>(QStringLiteral("menuFile"))->title(), QStringLiteral("&Datei"));
     QCOMPARE(window.findChild<QLabel *>(QStringLiteral("countLabel"))->text(), QStringLiteral("1 Dokument"));
-    QCOMPARE(OrvexHostCommands::describe(QStringLiteral("MAILDOCS"), {QStringLiteral("1")}),
-             QStringLiteral("1 Dokument per E-Mail versenden"));
 }
 
 QTEST_MAIN(tst_HostWindow)
