@@ -4,6 +4,7 @@
 #include "orvexarchivestore.h"
 #include "orvexcontenthash.h"
 #include "orvexpdftools.h"
+#include "orvexsqlhelpers.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -36,20 +37,8 @@ constexpr int kMaxDuplicateLines = 50;
 constexpr int kOriginalImageSize = 1024;
 constexpr qint64 kProgressInterval = 50; // ms between two byte counts of a transfer
 
-bool parseId(const QString &text, qlonglong &id)
-{
-    bool ok = false;
-    id = text.trimmed().toLongLong(&ok);
-    return ok && id > 0;
-}
-
-bool exec(QSqlQuery &query, QString &error)
-{
-    if (query.exec())
-        return true;
-    error = query.lastError().text();
-    return false;
-}
+using OrvexSql::exec;
+using OrvexSql::parseId;
 
 QByteArray pngBytes(const QImage &image)
 {

@@ -2,9 +2,9 @@
 
 #include "orvexarchivetranslations.h"
 #include "orvexcontenthash.h"
-
 #include "orvexpdftools.h"
 #include "orvexsamplearchive.h"
+#include "orvexsqlhelpers.h"
 
 #include <QAtomicInteger>
 #include <QCryptographicHash>
@@ -40,13 +40,7 @@ quint64 threadSerial()
 
 QAtomicInteger<quint64> g_nextStore{1};
 
-bool exec(QSqlQuery &query, QString &error)
-{
-    if (query.exec())
-        return true;
-    error = query.lastError().text();
-    return false;
-}
+using OrvexSql::exec;
 
 bool execText(QSqlDatabase &db, const QString &sql, QString &error)
 {

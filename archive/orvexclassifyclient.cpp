@@ -1,6 +1,7 @@
 #include "orvexclassifyclient.h"
 
 #include "orvexarchivestore.h"
+#include "orvexsqlhelpers.h"
 
 #include <QDateTime>
 #include <QSet>
@@ -17,20 +18,8 @@ const QString kLimit = QStringLiteral("OPT:LIMIT;");
 const QString kSelection = QStringLiteral("OPT:SELECTION;");
 const QString kDocsIdIn = QStringLiteral("docs_id in (");
 
-bool parseId(const QString &text, qlonglong &id)
-{
-    bool ok = false;
-    id = text.trimmed().toLongLong(&ok);
-    return ok && id > 0;
-}
-
-bool exec(QSqlQuery &query, QString &error)
-{
-    if (query.exec())
-        return true;
-    error = query.lastError().text();
-    return false;
-}
+using OrvexSql::exec;
+using OrvexSql::parseId;
 
 // One FTS5 expression from the user's term: alternatives joined by " OR ", each
 // alternative's words must all appear (as word prefixes).

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QString>
+
+// Small helpers the archive's store and clients share.
+namespace OrvexSql {
+
+// Runs a prepared query; on failure the driver's text goes to error.
+inline bool exec(QSqlQuery &query, QString &error)
+{
+    if (query.exec())
+        return true;
+    error = query.lastError().text();
+    return false;
+}
+
+// A positive id from decimal text (surrounding blanks allowed).
+inline bool parseId(const QString &text, qlonglong &id)
+{
+    bool ok = false;
+    id = text.trimmed().toLongLong(&ok);
+    return ok && id > 0;
+}
+
+} // namespace OrvexSql
