@@ -2,6 +2,7 @@
 
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
+#include "orvexcardbridge.h"
 #include "orvexcbrights.h"
 #include "orvexlog.h"
 #include "orvexmimedata.h"
@@ -80,9 +81,10 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
 
     setAttribute(Qt::WA_MouseTracking);
 
+    m_bridge = new orvexcardbridge(this);
     m_channel = new QWebChannel(page());
     page()->setWebChannel(m_channel);
-    m_channel->registerObject(QStringLiteral("cardHandler"), this);
+    m_channel->registerObject(QStringLiteral("cardHandler"), m_bridge);
 
     connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript);
     // appendCard has default arguments; the three-argument form is picked by signature.
@@ -113,7 +115,7 @@ orvexwbwebview::~orvexwbwebview()
     stop();
     if (m_archiveClient)
         m_archiveClient->resetConnection();
-    m_channel->deregisterObject(this);
+    m_channel->deregisterObject(m_bridge);
     orvexDebug() << "WEBVIEW DESTROYED";
 }
 

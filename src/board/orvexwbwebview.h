@@ -25,10 +25,11 @@ class QDropEvent;
 class QMimeData;
 class QWebChannel;
 class kelArchiveClientInterface;
+class orvexcardbridge;
 
-// One clipboard shown as a page of cards. The page (card-webchannel.html) talks
-// to this object through the web channel, where it is published as
-// "cardHandler"; the program talks to the page only through scripts.
+// One clipboard shown as a page of cards. The page (card-webchannel.html) calls
+// the board only through its bridge (orvexcardbridge), which the web channel
+// publishes as "cardHandler"; the program talks to the page only through scripts.
 //
 // Everything that waits on a client runs on the board's own work pool and comes
 // back to the GUI thread through queued signals. stop() cancels the jobs that
@@ -166,6 +167,7 @@ private:
     std::atomic<bool> m_updating{false};
     bool m_reloading = false;
     const int m_cardLimit = 200;
+    orvexcardbridge *m_bridge = nullptr;
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
 };
