@@ -1,5 +1,6 @@
 #include "orvexarchivestore.h"
 
+#include "orvexarchiveschema.h"
 #include "orvexarchivetranslations.h"
 #include "orvexcontenthash.h"
 #include "orvexpdftools.h"
@@ -7,25 +8,23 @@
 #include "orvexsqlhelpers.h"
 
 #include <QAtomicInteger>
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDate>
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QIODevice>
+#include <QMimeDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QUrl>
-#include <QUuid>
+#include <QThread>
 #include <QVariant>
 
 #include <pwd.h>
 #include <unistd.h>
 
 namespace {
-const QString kDatabaseFile = QStringLiteral("archive.sqlite");
-
 QAtomicInteger<quint64> g_nextThreadSerial{1};
 thread_local quint64 t_threadSerial = 0;
 
@@ -38,70 +37,23 @@ quint64 threadSerial()
     return t_threadSerial;
 }
 
+// The connections a thread opened; they close when the thread ends, so that a
+// server does not keep one session per finished transfer thread.
+struct ThreadConnections
+{
+    QStringList names;
+    ~ThreadConnections()
+    {
+        if (QCoreApplication::instance() && QThread::currentThread() != QCoreApplication::instance()->thread())
+            for (const QString &name : qAsConst(names))
+                QSqlDatabase::removeDatabase(name);
+    }
+};
+thread_local ThreadConnections t_connections;
+
 QAtomicInteger<quint64> g_nextStore{1};
 
 using OrvexSql::exec;
-
-bool execText(QSqlDatabase &db, const QString &sql, QString &error)
-{
-    QSqlQuery query(db);
-    if (query.exec(sql))
-        return true;
-    error = QStringLiteral("%1 (%2)").arg(query.lastError().text(), sql.left(60));
-    return false;
-}
-
-// Each step brings the schema from version index to index + 1.
-const QList<QStringList> &migrations()
-{
-    static const QList<QStringList> steps{
-        {
-            QStringLiteral("CREATE TABLE settings(key TEXT PRIMARY KEY, value TEXT NOT NULL)"),
-            QStringLiteral("CREATE TABLE roles(id TEXT PRIMARY KEY, "
-                           "kind TEXT NOT NULL CHECK(kind IN ('user','group','system','directory')), "
-                           "display_name TEXT NOT NULL, password_hash TEXT)"),
-            QStringLiteral("CREATE TABLE role_members(role_id TEXT NOT NULL REFERENCES roles(id) ON DELETE CASCADE, "
-                           "member_id TEXT NOT NULL REFERENCES roles(id) ON DELETE CASCADE, "
-                           "PRIMARY KEY(role_id, member_id))"),
-            QStringLiteral("CREATE TABLE doc_types(key TEXT PRIMARY KEY, name TEXT NOT NULL)"),
-            QStringLiteral("CREATE TABLE doc_statuses(key TEXT PRIMARY KEY, name TEXT NOT NULL)"),
-            QStringLiteral("CREATE TABLE documents(id INTEGER PRIMARY KEY, docs_id INTEGER NOT NULL UNIQUE, "
-                           "type_key TEXT REFERENCES doc_types(key), status_key TEXT REFERENCES doc_statuses(key), "
-                           "title TEXT NOT NULL, file_name TEXT NOT NULL, doc_date TEXT NOT NULL, "
-                           "current_version INTEGER NOT NULL, read_role TEXT REFERENCES roles(id), "
-                           "owner TEXT NOT NULL DEFAULT '', created TEXT NOT NULL)"),
-            QStringLiteral("CREATE TABLE versions(doc_id INTEGER NOT NULL REFERENCES documents(id) ON DELETE CASCADE, "
-                           "version INTEGER NOT NULL, file TEXT NOT NULL, size INTEGER NOT NULL, "
-                           "sha256 TEXT NOT NULL, pages INTEGER NOT NULL, created TEXT NOT NULL, "
-                           "PRIMARY KEY(doc_id, version))"),
-            QStringLiteral("CREATE INDEX versions_sha256 ON versions(sha256)"),
-            QStringLiteral("CREATE TABLE page_hashes(doc_id INTEGER NOT NULL, version INTEGER NOT NULL, "
-                           "page INTEGER NOT NULL, hash BLOB NOT NULL, PRIMARY KEY(doc_id, version, page), "
-                           "FOREIGN KEY(doc_id, version) REFERENCES versions(doc_id, version) ON DELETE CASCADE)"),
-            QStringLiteral("CREATE VIRTUAL TABLE doc_text USING fts5(title, body)"),
-            QStringLiteral("CREATE TABLE clipboards(uuid TEXT PRIMARY KEY, name TEXT NOT NULL, "
-                           "owner TEXT NOT NULL, created TEXT NOT NULL)"),
-            QStringLiteral("CREATE TABLE clipboard_entries(clipboard TEXT NOT NULL REFERENCES clipboards(uuid) ON DELETE CASCADE, "
-                           "docs_id INTEGER NOT NULL, doc_id INTEGER NOT NULL REFERENCES documents(id) ON DELETE CASCADE, "
-                           "note TEXT NOT NULL DEFAULT '', position INTEGER NOT NULL, PRIMARY KEY(clipboard, docs_id))"),
-            QStringLiteral("CREATE INDEX clipboard_entries_docs ON clipboard_entries(docs_id)"),
-            QStringLiteral("CREATE TABLE clipboard_rights(clipboard TEXT NOT NULL REFERENCES clipboards(uuid) ON DELETE CASCADE, "
-                           "role_id TEXT NOT NULL REFERENCES roles(id) ON DELETE CASCADE, "
-                           "mode TEXT NOT NULL CHECK(mode IN ('R','W')), PRIMARY KEY(clipboard, role_id))"),
-            QStringLiteral("CREATE TABLE uploads(id TEXT PRIMARY KEY, owner TEXT NOT NULL, file TEXT NOT NULL, "
-                           "original_name TEXT NOT NULL, size INTEGER NOT NULL, sha256 TEXT NOT NULL, created TEXT NOT NULL)"),
-        },
-        // The duplicate check's inspection of an upload, kept for its commit:
-        // pages stays NULL until the check has run.
-        {
-            QStringLiteral("ALTER TABLE uploads ADD COLUMN pages INTEGER"),
-            QStringLiteral("ALTER TABLE uploads ADD COLUMN body TEXT"),
-            QStringLiteral("CREATE TABLE upload_pages(upload TEXT NOT NULL REFERENCES uploads(id) ON DELETE CASCADE, "
-                           "page INTEGER NOT NULL, hash BLOB NOT NULL, PRIMARY KEY(upload, page))"),
-        },
-    };
-    return steps;
-}
 } // namespace
 
 OrvexArchiveStore::OrvexArchiveStore(QObject *parent)
@@ -112,6 +64,7 @@ OrvexArchiveStore::OrvexArchiveStore(QObject *parent)
 
 OrvexArchiveStore::~OrvexArchiveStore()
 {
+    delete m_watcher;
     closeAll();
 }
 
@@ -126,12 +79,12 @@ void OrvexArchiveStore::closeAll()
     m_open = false;
 }
 
-QString OrvexArchiveStore::folder() const { return m_folder; }
 bool OrvexArchiveStore::isOpen() const { return m_open; }
-QString OrvexArchiveStore::databasePath() const { return m_folder + QLatin1Char('/') + kDatabaseFile; }
-QString OrvexArchiveStore::filesPath() const { return m_folder + QStringLiteral("/files"); }
-QString OrvexArchiveStore::cachePath() const { return m_folder + QStringLiteral("/cache"); }
-QString OrvexArchiveStore::uploadsPath() const { return m_folder + QStringLiteral("/uploads"); }
+OrvexArchiveLocation OrvexArchiveStore::location() const { return m_location; }
+QString OrvexArchiveStore::folder() const { return m_location.toString(); }
+OrvexArchiveStore::Dialect OrvexArchiveStore::dialect() const { return m_backend->dialect(); }
+bool OrvexArchiveStore::isServer() const { return m_location.isServer(); }
+OrvexArchiveBackend &OrvexArchiveStore::backend() const { return *m_backend; }
 
 QString OrvexArchiveStore::operatingSystemUser()
 {
@@ -160,64 +113,67 @@ QString OrvexArchiveStore::passwordHash(const QString &user, const QString &pass
     return sha256Hex((user + QLatin1Char('\n') + password).toUtf8());
 }
 
-QSqlDatabase OrvexArchiveStore::connect(const QString &name, bool create, QString &error)
+QString OrvexArchiveStore::connectionName() const
 {
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-    {
-        QMutexLocker locker(&m_connectionsMutex);
-        m_connections.insert(name);
-    }
-    // Only the first connection may create the file; later ones must find it, so
-    // that a database removed behind our back is reported instead of recreated.
-    const QString url = QUrl::fromLocalFile(databasePath()).toString(QUrl::FullyEncoded)
-        + (create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw"));
-    db.setDatabaseName(url);
-    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=15000"));
-    if (!db.open()) {
-        error = QStringLiteral("Cannot open the archive database %1: %2")
-                    .arg(databasePath(), db.lastError().text());
-        return db;
-    }
-    QString pragmaError;
-    if (!execText(db, QStringLiteral("PRAGMA foreign_keys = ON"), pragmaError)
-        || !execText(db, QStringLiteral("PRAGMA synchronous = NORMAL"), pragmaError)) {
-        error = QStringLiteral("%1 is not an archive database or is damaged: %2").arg(databasePath(), pragmaError);
-        db.close();
-    }
-    return db;
+    return m_connectionPrefix + QString::number(threadSerial());
 }
 
 QSqlDatabase OrvexArchiveStore::database(QString *error)
 {
     if (!m_open) {
         if (error)
-            *error = QStringLiteral("The archive is not open");
+            *error = tr("The archive is not open");
         return {};
     }
-    const QString name = m_connectionPrefix + QString::number(threadSerial());
+    const QString name = connectionName();
     if (QSqlDatabase::contains(name)) {
-        QSqlDatabase db = QSqlDatabase::database(name, false);
-        if (db.isOpen())
-            return db;
+        {
+            QSqlDatabase db = QSqlDatabase::database(name, false);
+            if (db.isOpen() && m_backend->isAlive(db))
+                return db;
+        }
+        // A server that went away (and may be back): a new session.
+        QSqlDatabase::removeDatabase(name);
     }
     QString openError;
-    QSqlDatabase db = connect(name, false, openError);
+    QSqlDatabase db = m_backend->connect(name, false, openError);
+    {
+        QMutexLocker locker(&m_connectionsMutex);
+        m_connections.insert(name);
+    }
+    if (!t_connections.names.contains(name))
+        t_connections.names << name;
     if (!db.isOpen() && error)
         *error = openError;
     return db;
 }
 
-QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const QString &folder, bool createSample, QString *error)
+QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const QString &location, bool createSample, QString *error)
+{
+    QString parseError;
+    const OrvexArchiveLocation parsed = OrvexArchiveLocation::parse(location, &parseError);
+    if (parsed.kind() == OrvexArchiveLocation::Kind::None) {
+        if (error)
+            *error = parseError;
+        return {};
+    }
+    return shared(parsed, createSample, error);
+}
+
+QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const OrvexArchiveLocation &location, bool createSample,
+                                                            QString *error)
 {
     static QMutex mutex;
     static QHash<QString, QWeakPointer<OrvexArchiveStore>> stores;
     QMutexLocker locker(&mutex);
-    const QString key = folder.trimmed().isEmpty() ? QString() : QDir::cleanPath(QDir(folder).absolutePath());
+    // On a server, each user works through a store of its own: its own role.
+    const QString key = location.isServer() ? location.withUser(location.effectiveUser()).toString()
+                                            : location.toString();
     QSharedPointer<OrvexArchiveStore> store = stores.value(key).toStrongRef();
     if (store && store->isOpen())
         return store;
     store.reset(new OrvexArchiveStore);
-    if (!store->open(folder, createSample, error))
+    if (!store->open(location, createSample, error))
         return {};
     stores.insert(key, store);
     // Whoever opens an archive shows its texts (the clients' errors, the card of an unreadable document).
@@ -226,124 +182,114 @@ QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const QString &folde
     return store;
 }
 
-bool OrvexArchiveStore::open(const QString &folder, bool createSample, QString *error)
+bool OrvexArchiveStore::open(const OrvexArchiveLocation &location, bool createSample, QString *error)
 {
     closeAll();
     QString message;
-    if (openFolder(folder, createSample, message))
+    if (openLocation(location, createSample, message))
         return true;
-    // Connections go only after the last QSqlDatabase handle of openFolder is gone.
+    // Connections go only after the last QSqlDatabase handle of openLocation is gone.
     closeAll();
-    m_folder.clear();
+    m_location = OrvexArchiveLocation();
     if (error)
         *error = message;
     return false;
 }
 
-bool OrvexArchiveStore::openFolder(const QString &folder, bool createSample, QString &error)
+bool OrvexArchiveStore::openLocation(const OrvexArchiveLocation &location, bool createSample, QString &error)
 {
-    if (folder.trimmed().isEmpty()) {
-        error = QStringLiteral("No archive folder given");
+    if (location.kind() == OrvexArchiveLocation::Kind::None) {
+        error = tr("No archive folder given");
         return false;
     }
-    QDir dir(folder);
-    m_folder = dir.absolutePath();
-    if (QFileInfo(m_folder).exists() && !QFileInfo(m_folder).isDir()) {
-        error = QStringLiteral("%1 is not a folder").arg(m_folder);
+    m_location = location;
+    m_backend = OrvexArchiveBackend::create(location);
+    m_backend->setConnectionProvider([this](QString &connectError) { return database(&connectError); });
+    bool isNew = false;
+    if (!m_backend->prepare(createSample, isNew, error))
         return false;
-    }
-    const bool exists = QFileInfo::exists(databasePath());
-    if (!exists) {
-        if (dir.exists() && !dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
-            error = QStringLiteral("The archive database is missing: %1 holds files but no %2").arg(m_folder, kDatabaseFile);
-            return false;
-        }
-        if (!QDir().mkpath(m_folder)) {
-            error = QStringLiteral("Cannot create the archive folder %1").arg(m_folder);
-            return false;
-        }
-    } else if (!QFileInfo(databasePath()).isFile()) {
-        error = QStringLiteral("%1 is not a database file").arg(databasePath());
-        return false;
-    }
-    for (const QString &sub : {filesPath(), cachePath(), uploadsPath()}) {
-        if (!QFileInfo(sub).isDir() && !QDir().mkpath(sub)) {
-            error = QStringLiteral("Cannot create the folder %1").arg(sub);
-            return false;
-        }
-    }
-
     {
-        QSqlDatabase db = connect(m_connectionPrefix + QString::number(threadSerial()), !exists, error);
+        const QString name = connectionName();
+        QSqlDatabase db = m_backend->connect(name, isNew, error);
+        {
+            QMutexLocker locker(&m_connectionsMutex);
+            m_connections.insert(name);
+        }
+        if (!t_connections.names.contains(name))
+            t_connections.names << name;
         if (!db.isOpen())
             return false;
-        QString setupError;
-        if (!exists && !execText(db, QStringLiteral("PRAGMA journal_mode = WAL"), setupError)) {
-            error = QStringLiteral("Cannot set up the archive database: %1").arg(setupError);
-            return false;
-        }
-        m_open = true;
-        if (!migrate(db, error))
-            return false;
     }
-    if (!exists && !write(&OrvexSampleArchive::seed, &error)) {
-        error = QStringLiteral("Cannot set up the new archive: %1").arg(error);
+    m_open = true;
+    bool fresh = false;
+    if (!migrate(fresh, error))
         return false;
-    }
-    if (!exists && createSample && !OrvexSampleArchive::create(*this, &error)) {
-        error = QStringLiteral("Cannot create the sample archive: %1").arg(error);
+    if (fresh && createSample && !OrvexSampleArchive::create(*this, &error)) {
+        error = tr("Cannot create the sample archive: %1").arg(error);
         return false;
     }
     return true;
 }
 
-bool OrvexArchiveStore::migrate(QSqlDatabase &db, QString &error)
+bool OrvexArchiveStore::migrate(bool &fresh, QString &error)
 {
-    // Something that is not an SQLite database fails on its first query.
-    QSqlQuery probe(db);
-    if (!probe.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
-        error = QStringLiteral("%1 is not an archive database: %2").arg(databasePath(), probe.lastError().text());
+    fresh = false;
+    QSqlDatabase db = database(&error);
+    if (!db.isOpen())
         return false;
-    }
     QStringList tables;
-    while (probe.next())
-        tables << probe.value(0).toString();
-    probe.finish();
-
-    int version = 0;
-    if (tables.contains(QStringLiteral("schema_version"))) {
-        QSqlQuery query(db);
+    if (!m_backend->tables(db, tables, error))
+        return false;
+    const auto readVersion = [&](QSqlDatabase &on, const QStringList &names, int &version, QString &readError) {
+        version = 0;
+        if (!names.contains(QStringLiteral("schema_version"))) {
+            if (!names.isEmpty()) {
+                readError = tr("%1 is not an archive database (no schema version)").arg(folder());
+                return false;
+            }
+            return true;
+        }
+        QSqlQuery query(on);
         if (!query.exec(QStringLiteral("SELECT MAX(version) FROM schema_version")) || !query.next()) {
-            error = QStringLiteral("The archive database %1 is damaged: %2").arg(databasePath(), query.lastError().text());
+            readError = tr("The archive database %1 is damaged: %2").arg(folder(), m_backend->reason(query.lastError()));
             return false;
         }
         version = query.value(0).toInt();
-    } else if (!tables.isEmpty()) {
-        error = QStringLiteral("%1 is not an archive database (no schema version)").arg(databasePath());
+        if (version > OrvexArchiveSchema::version()) {
+            readError = tr("The archive database %1 has schema version %2; this program knows only up to %3")
+                            .arg(folder()).arg(version).arg(OrvexArchiveSchema::version());
+            return false;
+        }
+        return true;
+    };
+    int version = 0;
+    if (!readVersion(db, tables, version, error))
         return false;
-    }
-    if (version > migrations().size()) {
-        error = QStringLiteral("The archive database %1 has schema version %2; this program knows only up to %3")
-                    .arg(databasePath()).arg(version).arg(migrations().size());
-        return false;
-    }
-    if (version == migrations().size())
+    if (version == OrvexArchiveSchema::version())
         return true;
 
     return write([&](QSqlDatabase &tx, QString &stepError) {
-        if (version == 0 && !execText(tx, QStringLiteral("CREATE TABLE schema_version(version INTEGER NOT NULL)"), stepError))
+        // Another process may have set up the archive meanwhile.
+        QStringList names;
+        int from = 0;
+        if (!m_backend->lockSchema(tx, stepError) || !m_backend->tables(tx, names, stepError)
+            || !readVersion(tx, names, from, stepError))
             return false;
-        for (int step = version; step < migrations().size(); ++step) {
-            for (const QString &sql : migrations().at(step))
-                if (!execText(tx, sql, stepError))
+        QSqlQuery query(tx);
+        if (from == 0 && !exec(query, QStringLiteral("CREATE TABLE schema_version(version INTEGER NOT NULL)"), stepError))
+            return false;
+        for (int step = from; step < OrvexArchiveSchema::version(); ++step) {
+            for (const QString &sql : OrvexArchiveSchema::step(step, m_backend->dialect()))
+                if (!exec(query, sql, stepError))
                     return false;
-            QSqlQuery query(tx);
             query.prepare(QStringLiteral("INSERT INTO schema_version(version) VALUES (?)"));
             query.addBindValue(step + 1);
             if (!exec(query, stepError))
                 return false;
         }
-        return true;
+        // A new archive gets what every archive holds.
+        fresh = from == 0;
+        return !fresh || OrvexSampleArchive::seed(tx, stepError);
     }, &error);
 }
 
@@ -353,26 +299,32 @@ bool OrvexArchiveStore::write(const std::function<bool(QSqlDatabase &, QString &
     QSqlDatabase db = database(&message);
     if (!db.isOpen()) {
         if (error)
-            *error = message.isEmpty() ? QStringLiteral("The archive is not open") : message;
+            *error = message.isEmpty() ? tr("The archive is not open") : message;
         return false;
     }
-    // One writer at a time inside this process; other processes are held off by
-    // the immediate transaction and the busy timeout.
-    QMutexLocker locker(&m_writeMutex);
-    if (!execText(db, QStringLiteral("BEGIN IMMEDIATE"), message)) {
+    // A file database takes one writer at a time inside this process; other
+    // processes (and a server's other sessions) are held off by the database.
+    std::unique_ptr<QMutexLocker> locker;
+    if (m_backend->serializesWrites())
+        locker = std::make_unique<QMutexLocker>(&m_writeMutex);
+    QSqlQuery control(db);
+    if (!exec(control, m_backend->beginWrite(), message)) {
         if (error)
-            *error = QStringLiteral("The archive is busy: %1").arg(message);
+            *error = tr("The archive is busy: %1").arg(message);
         return false;
     }
-    bool ok = work(db, message);
-    if (ok && !execText(db, QStringLiteral("COMMIT"), message))
+    bool ok = m_backend->startWrite(db, message) && work(db, message);
+    if (ok)
+        m_backend->writeDone(db);
+    if (ok && !exec(control, QStringLiteral("COMMIT"), message))
         ok = false;
     if (!ok) {
         QString ignored;
-        execText(db, QStringLiteral("ROLLBACK"), ignored);
+        exec(control, QStringLiteral("ROLLBACK"), ignored);
         if (error)
-            *error = message.isEmpty() ? QStringLiteral("The change was not stored") : message;
+            *error = message.isEmpty() ? tr("The change was not stored") : message;
     }
+    m_backend->endWrite(ok);
     return ok;
 }
 
@@ -389,6 +341,14 @@ QString OrvexArchiveStore::setting(const QString &key, const QString &fallback)
     return fallback;
 }
 
+QString OrvexArchiveStore::rolesOfUser()
+{
+    return QStringLiteral(
+        "WITH RECURSIVE my_roles(role) AS ("
+        " SELECT id FROM roles WHERE id = ? AND kind = 'user'"
+        " UNION SELECT role_members.role_id FROM role_members JOIN my_roles ON role_members.member_id = my_roles.role) ");
+}
+
 QSet<QString> OrvexArchiveStore::rolesOf(const QString &user)
 {
     QSet<QString> roles;
@@ -396,11 +356,7 @@ QSet<QString> OrvexArchiveStore::rolesOf(const QString &user)
     if (!db.isOpen() || user.isEmpty())
         return roles;
     QSqlQuery query(db);
-    query.prepare(QStringLiteral(
-        "WITH RECURSIVE member_of(role) AS ("
-        " SELECT id FROM roles WHERE id = ? AND kind = 'user'"
-        " UNION SELECT role_members.role_id FROM role_members JOIN member_of ON role_members.member_id = member_of.role)"
-        " SELECT role FROM member_of"));
+    query.prepare(rolesOfUser() + QStringLiteral("SELECT role FROM my_roles"));
     query.addBindValue(user);
     if (!query.exec())
         return roles;
@@ -434,18 +390,15 @@ bool OrvexArchiveStore::documentExists(qlonglong docId)
 bool OrvexArchiveStore::mayRead(const QString &user, qlonglong docId)
 {
     QSqlDatabase db = database();
-    if (!db.isOpen())
+    if (!db.isOpen() || user.isEmpty())
         return false;
     QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT read_role FROM documents WHERE id = ?"));
+    query.prepare(rolesOfUser()
+                  + QStringLiteral("SELECT 1 FROM documents d WHERE d.id = ? AND EXISTS (SELECT 1 FROM my_roles) "
+                                   "AND (d.read_role IS NULL OR d.read_role IN (SELECT role FROM my_roles))"));
+    query.addBindValue(user);
     query.addBindValue(docId);
-    if (!query.exec() || !query.next())
-        return false;
-    const QSet<QString> roles = rolesOf(user);
-    if (roles.isEmpty())
-        return false;
-    const QString readRole = query.value(0).toString();
-    return readRole.isEmpty() || roles.contains(readRole);
+    return query.exec() && query.next();
 }
 
 bool OrvexArchiveStore::checkPassword(const QString &user, const QString &password)
@@ -463,10 +416,10 @@ bool OrvexArchiveStore::ensureUser(const QString &user, QString *error)
 {
     if (user.trimmed().isEmpty() || user.contains(QChar(0xFEFF))) {
         if (error)
-            *error = QStringLiteral("Invalid user name");
+            *error = tr("Invalid user name");
         return false;
     }
-    if (isUser(user))
+    if (isServer() || isUser(user))
         return true;
     const QString password = setting(QStringLiteral("local_password"));
     return write([&](QSqlDatabase &db, QString &stepError) {
@@ -478,11 +431,17 @@ bool OrvexArchiveStore::ensureUser(const QString &user, QString *error)
         if (!exec(query, stepError))
             return false;
         QSqlQuery member(db);
-        member.prepare(QStringLiteral("INSERT OR IGNORE INTO role_members(role_id, member_id) "
-                                      "SELECT 'tavloUSER', ? WHERE EXISTS (SELECT 1 FROM roles WHERE id = 'tavloUSER')"));
+        member.prepare(QStringLiteral("INSERT INTO role_members(role_id, member_id) "
+                                      "SELECT 'tavloUSER', ? WHERE EXISTS (SELECT 1 FROM roles WHERE id = 'tavloUSER') "
+                                      "ON CONFLICT DO NOTHING"));
         member.addBindValue(user);
         return exec(member, stepError);
     }, error);
+}
+
+void OrvexArchiveStore::undoFiles(const FileChanges &changes)
+{
+    m_backend->undoFiles(changes.written, changes.moved);
 }
 
 bool OrvexArchiveStore::readContent(const QString &path, Content &content, QString &error)
@@ -496,17 +455,17 @@ bool OrvexArchiveStore::readContent(const QString &path, Content &content, QStri
 }
 
 qlonglong OrvexArchiveStore::importFile(QSqlDatabase &db, const QString &sourcePath, const ImportOptions &options,
-                                        qlonglong newVersionOf, QStringList &createdFiles, QString &error)
+                                        qlonglong newVersionOf, FileChanges &changes, QString &error)
 {
     Content content;
     if (!readContent(sourcePath, content, error))
         return 0;
-    return importContent(db, sourcePath, content, options, newVersionOf, createdFiles, error);
+    return importContent(db, sourcePath, content, options, newVersionOf, changes, error);
 }
 
 qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sourcePath, const Content &content,
                                            const ImportOptions &options, qlonglong newVersionOf,
-                                           QStringList &createdFiles, QString &error)
+                                           FileChanges &changes, QString &error)
 {
     const OrvexPdfTools::Inspection &inspection = content.inspection;
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
@@ -519,10 +478,11 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
         if (!exec(current, error))
             return 0;
         if (!current.next()) {
-            error = QStringLiteral("Unknown document %1").arg(newVersionOf);
+            error = tr("Unknown document %1").arg(newVersionOf);
             return 0;
         }
         version = current.value(0).toInt() + 1;
+        current.finish();
         QSqlQuery update(db);
         update.prepare(QStringLiteral("UPDATE documents SET current_version = ? WHERE id = ?"));
         update.addBindValue(version);
@@ -530,17 +490,9 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
         if (!exec(update, error))
             return 0;
     } else {
-        QSqlQuery next(db);
-        // Entry numbers of clipboard entries may have been given by a host; a new
-        // document's own entry number must not take one of theirs.
-        if (!next.exec(QStringLiteral("SELECT COALESCE(MAX(id), 1000) + 1, MAX(COALESCE(MAX(docs_id), 5000), "
-                                      "(SELECT COALESCE(MAX(docs_id), 0) FROM clipboard_entries)) + 1 FROM documents"))
-            || !next.next()) {
-            error = next.lastError().text();
+        qlonglong docsId = 0;
+        if (!m_backend->nextDocumentNumbers(db, docId, docsId, error))
             return 0;
-        }
-        docId = next.value(0).toLongLong();
-        const qlonglong docsId = next.value(1).toLongLong();
         const QString title = options.title.trimmed().isEmpty() ? QFileInfo(sourcePath).completeBaseName()
                                                                 : options.title.trimmed();
         QString fileName = options.fileName.trimmed().isEmpty() ? QFileInfo(sourcePath).fileName()
@@ -566,19 +518,9 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
     const QString suffix = QFileInfo(sourcePath).suffix().toLower();
     const QString relative = QStringLiteral("%1/v%2%3").arg(docId).arg(version)
                                  .arg(suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
-    const QString target = filesPath() + QLatin1Char('/') + relative;
-    if (!QDir().mkpath(QFileInfo(target).absolutePath())) {
-        error = QStringLiteral("Cannot create a folder for the document in %1").arg(filesPath());
+    if (options.uploadFile.isEmpty()
+        && !m_backend->storeFile(db, Area::Files, relative, docId, sourcePath, changes.written, error))
         return 0;
-    }
-    QFile::remove(target);
-    if (!options.moveSource) {
-        if (!QFile::copy(sourcePath, target)) {
-            error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
-            return 0;
-        }
-        createdFiles << target;
-    }
 
     QSqlQuery versionRow(db);
     versionRow.prepare(QStringLiteral("INSERT INTO versions(doc_id, version, file, size, sha256, pages, created) "
@@ -609,27 +551,18 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
     title.prepare(QStringLiteral("SELECT title FROM documents WHERE id = ?"));
     title.addBindValue(docId);
     if (!exec(title, error) || !title.next()) {
-        error = QStringLiteral("Document %1 vanished during the import").arg(docId);
+        error = tr("Document %1 vanished during the import").arg(docId);
         return 0;
     }
-    QSqlQuery removeText(db);
-    removeText.prepare(QStringLiteral("DELETE FROM doc_text WHERE rowid = ?"));
-    removeText.addBindValue(docId);
-    QSqlQuery addText(db);
-    addText.prepare(QStringLiteral("INSERT INTO doc_text(rowid, title, body) VALUES (?, ?, ?)"));
-    addText.addBindValue(docId);
-    addText.addBindValue(title.value(0).toString());
-    addText.addBindValue(inspection.text);
-    if (!exec(removeText, error) || !exec(addText, error))
+    const QString titleText = title.value(0).toString();
+    title.finish();
+    if (!m_backend->indexText(db, docId, titleText, inspection.text, error))
         return 0;
 
-    if (options.moveSource) {
-        if (!QFile::rename(sourcePath, target)) {
-            error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
-            return 0;
-        }
-        createdFiles << target;
-    }
+    if (!options.uploadFile.isEmpty()
+        && !m_backend->moveFile(db, Area::Uploads, options.uploadFile, Area::Files, relative, docId, changes.moved,
+                                error))
+        return 0;
     return docId;
 }
 
@@ -646,7 +579,7 @@ bool OrvexArchiveStore::readUpload(const QString &uploadId, const QString &owner
     row.addBindValue(owner);
     if (!exec(row, error) || !row.next())
         return false;
-    upload.path = uploadsPath() + QLatin1Char('/') + row.value(0).toString();
+    upload.file = row.value(0).toString();
     upload.originalName = row.value(1).toString();
     upload.content.size = row.value(2).toLongLong();
     upload.content.sha256 = row.value(3).toString();
@@ -679,7 +612,7 @@ bool OrvexArchiveStore::saveUploadInspection(const QString &uploadId, const Orve
         if (!exec(update, stepError))
             return false;
         if (update.numRowsAffected() != 1) {
-            stepError = QStringLiteral("Unknown upload %1").arg(uploadId);
+            stepError = tr("Unknown upload %1").arg(uploadId);
             return false;
         }
         QSqlQuery clear(db);
@@ -700,18 +633,57 @@ bool OrvexArchiveStore::saveUploadInspection(const QString &uploadId, const Orve
     }, error);
 }
 
-bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error)
+std::unique_ptr<QIODevice> OrvexArchiveStore::openFile(Area area, const QString &name, QString &error)
+{
+    if (!database(&error).isOpen())
+        return {};
+    return m_backend->openFile(area, name, error);
+}
+
+std::unique_ptr<OrvexArchiveBackend::Sink> OrvexArchiveStore::createFile(Area area, const QString &name,
+                                                                       OrvexArchiveBackend::Completion completion,
+                                                                       QString &error)
+{
+    if (!database(&error).isOpen())
+        return {};
+    return m_backend->createFile(area, name, std::move(completion),
+                                 [this](const OrvexArchiveBackend::Completion &work, QString &writeError) {
+                                     return write(work, &writeError);
+                                 },
+                                 error);
+}
+
+bool OrvexArchiveStore::localFile(Area area, const QString &name, OrvexArchiveBackend::LocalFile &file,
+                                  QString &error)
+{
+    if (!database(&error).isOpen())
+        return false;
+    return m_backend->localFile(area, name, file, error);
+}
+
+QString OrvexArchiveStore::mimeType(Area area, const QString &name)
+{
+    const QMimeDatabase types;
+    const QMimeType byName = types.mimeTypeForFile(name, QMimeDatabase::MatchExtension);
+    if (!byName.isDefault())
+        return byName.name();
+    return types.mimeTypeForFileNameAndData(name, m_backend->head(area, name, 4096)).name();
+}
+
+bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &afterCommit, QString &error)
 {
     QSqlQuery files(db);
     files.prepare(QStringLiteral("SELECT file FROM versions WHERE doc_id = ?"));
     files.addBindValue(docId);
     if (!exec(files, error))
         return false;
-    QStringList paths;
+    QStringList names;
     while (files.next())
-        paths << filesPath() + QLatin1Char('/') + files.value(0).toString();
-    for (const QString &sql : {QStringLiteral("DELETE FROM doc_text WHERE rowid = ?"),
-                               QStringLiteral("DELETE FROM page_hashes WHERE doc_id = ?"),
+        names << files.value(0).toString();
+    files.finish();
+    if (!m_backend->removeText(db, docId, error))
+        return false;
+    for (const QString &sql : {QStringLiteral("DELETE FROM page_hashes WHERE doc_id = ?"),
                                QStringLiteral("DELETE FROM documents WHERE id = ?")}) {
         QSqlQuery query(db);
         query.prepare(sql);
@@ -719,14 +691,24 @@ bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStrin
         if (!exec(query, error))
             return false;
     }
-    filesToRemove << paths;
-    return true;
+    return m_backend->removeFiles(db, Area::Files, names, afterCommit, error);
 }
 
-void OrvexArchiveStore::removeDocumentFiles(qlonglong docId, const QStringList &files)
+void OrvexArchiveStore::afterRemoval(qlonglong docId, const QStringList &afterCommit)
 {
-    for (const QString &path : files)
-        QFile::remove(path);
-    QDir(filesPath()).rmdir(QString::number(docId));
-    QDir(cachePath() + QStringLiteral("/thumbs/") + QString::number(docId)).removeRecursively();
+    m_backend->removeAfterCommit(afterCommit);
+    m_backend->forgetDocument(docId);
+}
+
+void OrvexArchiveStore::watchChanges()
+{
+    if (m_watcher || !m_open)
+        return;
+    m_watcher = m_backend->watch(
+        [this](int topics) {
+            emit changedElsewhere(topics);
+            if (topics & OrvexArchiveBackend::Documents)
+                emit documentsChanged();
+        },
+        nullptr);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvexarchiveglobal.h"
+
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
@@ -7,12 +9,25 @@
 // Small helpers the archive's store and clients share.
 namespace OrvexSql {
 
-// Runs a prepared query; on failure the driver's text goes to error.
+// A failed statement's reason, in words a user may read: on a server the
+// refusal as a sentence (never SQL), in a file the database's text.
+ORVEXARCHIVE_EXPORT QString reason(const QSqlQuery &query);
+
+// Runs a prepared query; on failure the reason goes to error.
 inline bool exec(QSqlQuery &query, QString &error)
 {
     if (query.exec())
         return true;
-    error = query.lastError().text();
+    error = reason(query);
+    return false;
+}
+
+// Runs a statement without parameters; on failure the reason goes to error.
+inline bool exec(QSqlQuery &query, const QString &sql, QString &error)
+{
+    if (query.exec(sql))
+        return true;
+    error = reason(query);
     return false;
 }
 
