@@ -45,13 +45,15 @@ const Statement kTables[] = {
                 "FOREIGN KEY(doc_id, version) REFERENCES versions(doc_id, version) ON DELETE CASCADE)"},
     {kSqlite, "CREATE VIRTUAL TABLE doc_text USING fts5(title, body)"},
     // German stems find inflected words, the simple configuration finds
-    // numbers and names as they are written; a tsvector holds at most 1 MB,
-    // so very long texts are indexed from their start.
+    // numbers and names as they are written. Words are the runs of letters
+    // and digits, as in the embedded index ("RE-2026-0101" holds "re", "2026"
+    // and "0101"); a tsvector holds at most 1 MB, so very long texts are
+    // indexed from their start.
     {kPostgres, "CREATE TABLE doc_text(doc_id INTEGER PRIMARY KEY REFERENCES documents(id) ON DELETE CASCADE, "
                 "title TEXT NOT NULL, body TEXT NOT NULL, "
                 "search tsvector GENERATED ALWAYS AS ("
-                "to_tsvector('german'::regconfig, left(title || ' ' || body, 200000)) || "
-                "to_tsvector('simple'::regconfig, left(title || ' ' || body, 200000))) STORED)"},
+                "to_tsvector('german'::regconfig, regexp_replace(left(title || ' ' || body, 200000), '[^[:alnum:]]+', ' ', 'g')) || "
+                "to_tsvector('simple'::regconfig, regexp_replace(left(title || ' ' || body, 200000), '[^[:alnum:]]+', ' ', 'g'))) STORED)"},
     {kPostgres, "CREATE INDEX doc_text_search ON doc_text USING GIN (search)"},
     {kBoth, "CREATE TABLE clipboards(uuid TEXT PRIMARY KEY, name TEXT NOT NULL, "
             "owner TEXT NOT NULL, created TEXT NOT NULL)"},

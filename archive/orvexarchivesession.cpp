@@ -54,6 +54,9 @@ bool OrvexArchiveSession::openConnection(const QString &server, int port)
             return fail(tr("Cannot connect to %1: %2").arg(server, error));
         if (location.port() == 0 && port > 0)
             location = location.withPort(port);
+        else if (port > 0 && port != location.port())
+            return fail(tr("Cannot connect to %1 on port %2: the address names port %3")
+                            .arg(location.toString()).arg(port).arg(location.port()));
         QMutexLocker locker(&m_mutex);
         m_server = location;
         m_open = true;

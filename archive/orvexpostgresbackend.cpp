@@ -38,13 +38,14 @@ QString quoted(const QString &value)
     return QLatin1Char('\'') + text + QLatin1Char('\'');
 }
 
-// A word as a prefix in a text-search query: quoted, so that the query's own
-// operators in it are plain characters.
-QString prefixLexeme(const QString &word)
+// A word of the user's term as a prefix in a text-search query: its runs of
+// letters and digits as a phrase (as the index splits the text), quoted so
+// that nothing in it is an operator of the query. Empty when it holds none.
+QString prefixPhrase(const QString &word)
 {
-    QString text = word;
-    text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('\''), QStringLiteral("''"));
-    return QLatin1Char('\'') + text + QStringLiteral("':*");
+    static const QRegularExpression separators(QStringLiteral("[^\\p{L}\\p{N}]+"));
+    const QString text = QString(word).replace(separators, QStringLiteral(" ")).trimmed();
+    return text.isEmpty() ? QString() : QLatin1Char('\'') + text + QStringLiteral("':*");
 }
 
 QString withoutNul(const QString &text)
@@ -361,17 +362,20 @@ QSqlDatabase OrvexPostgresBackend::connect(const QString &name, bool create, QSt
         db.setPassword(m_location.password());
     // The driver separates options by ";"; a value cannot hold one.
     QStringList options{QStringLiteral("application_name=") + quoted(m_applicationName)};
-    bool timeoutGiven = false;
+    QStringList given;
     for (const auto &option : m_location.options()) {
         if (option.second.contains(QLatin1Char(';'))) {
             error = tr("The option %1 of the server address may not contain \";\".").arg(option.first);
             return db;
         }
-        timeoutGiven = timeoutGiven || option.first == QLatin1String("connect_timeout");
+        given << option.first;
         options << option.first + QLatin1Char('=') + quoted(option.second);
     }
-    if (!timeoutGiven)
+    if (!given.contains(QStringLiteral("connect_timeout")))
         options << QStringLiteral("connect_timeout=10");
+    // The server's notices (a search word that is a stop word) are no news for the user.
+    if (!given.contains(QStringLiteral("options")))
+        options << QStringLiteral("options=") + quoted(QStringLiteral("-c client_min_messages=warning"));
     db.setConnectOptions(options.join(QLatin1Char(';')));
     if (!db.open()) {
         const QString reason = db.lastError().databaseText().trimmed().section(QLatin1Char('\n'), 0, 0);
@@ -400,8 +404,11 @@ QString OrvexPostgresBackend::beginWrite() const
 
 bool OrvexPostgresBackend::tables(QSqlDatabase &db, QStringList &names, QString &error)
 {
+    // From the catalog, which shows every table (the information schema only
+    // those the role may use).
     QSqlQuery query(db);
-    if (!exec(query, QStringLiteral("SELECT table_name FROM information_schema.tables WHERE table_schema = current_schema()"),
+    if (!exec(query, QStringLiteral("SELECT c.relname FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace "
+                                    "WHERE n.nspname = current_schema() AND c.relkind IN ('r', 'p', 'v', 'm', 'f')"),
               error))
         return false;
     names.clear();
@@ -476,8 +483,11 @@ bool OrvexPostgresBackend::fullTextCondition(const QString &docIdColumn, const Q
     for (const QString &alternative : term.split(QStringLiteral(" OR "))) {
         QStringList words;
         for (const QString &word : alternative.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            const QString phrase = prefixPhrase(word);
+            if (phrase.isEmpty())
+                continue;
             words << QStringLiteral("(to_tsquery('german', ?) || to_tsquery('simple', ?))");
-            values << prefixLexeme(word) << prefixLexeme(word);
+            values << phrase << phrase;
         }
         if (!words.isEmpty())
             alternatives << QLatin1Char('(') + words.join(QStringLiteral(" && ")) + QLatin1Char(')');

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 # Libraries and data: checked by package.
 PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
-libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev libssl-dev
+libqt5sql5-sqlite libqt5sql5-psql libpq-dev postgresql libpoppler-qt5-dev libcpp-httplib-dev libssl-dev
 xvfb xauth fonts-dejavu-core"
 # Tools: checked by command, since they may come from elsewhere than Debian.
 TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3"
