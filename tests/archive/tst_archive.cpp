@@ -3,6 +3,7 @@
 #include "orvexarchive.h"
 #include "orvexarchiveclient.h"
 #include "orvexarchivestore.h"
+#include "orvexarchivelocation.h"
 #include "orvexarchivetranslations.h"
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
@@ -147,6 +148,11 @@ private slots:
     void unusableServers();
     void databaseRemovedWhileOpen();
     void pluginLoadsAndConnects();
+
+    // Changes seen by others
+    void changesMadeElsewhereArrive_data();
+    void changesMadeElsewhereArrive();
+    void ownChangesAreNoNews();
 
 private:
     OrvexArchive &archive() { return *m_current; }
@@ -1419,6 +1425,63 @@ void tst_Archive::pluginLoadsAndConnects()
     QCOMPARE(changed.size(), 1);
     QCOMPARE(archive.documents().size(), before + 1);
     QCOMPARE(archive.documents().last().id, client->getLastArchivedDocId());
+}
+
+void tst_Archive::changesMadeElsewhereArrive_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<int>("topic");
+    QTest::newRow("a clipboard") << "create" << int(OrvexArchiveBackend::Clipboards);
+    QTest::newRow("an entry") << "add" << int(OrvexArchiveBackend::Clipboards);
+    QTest::newRow("a note") << "note" << int(OrvexArchiveBackend::Clipboards);
+    QTest::newRow("rights") << "rights" << int(OrvexArchiveBackend::Clipboards);
+    QTest::newRow("a document") << "import" << int(OrvexArchiveBackend::Documents);
+}
+
+// Another process on the same archive (a store of its own, as another host
+// has) hears of every change within a second.
+void tst_Archive::changesMadeElsewhereArrive()
+{
+    QFETCH(QString, change);
+    QFETCH(int, topic);
+    OrvexArchiveStore elsewhere;
+    QString error;
+    QVERIFY2(elsewhere.open(OrvexArchiveLocation::parse(localUsersLocation()), false, &error), qPrintable(error));
+    elsewhere.watchChanges();
+    QSignalSpy seen(&elsewhere, &OrvexArchiveStore::changedElsewhere);
+
+    const QString uuid = clipboardId(classify(), QStringLiteral("Offene Rechnungen"));
+    const OrvexArchiveDocument doc = document(9);
+    const QHash<QString, std::function<bool()>> changes{
+        {"create", [&] { return !classify()->createClipboard(QStringLiteral("test seen elsewhere")).isEmpty(); }},
+        {"add", [&] { return classify()->addToClipboard(uuid, QString::number(doc.id), QString::number(doc.docsId)); }},
+        {"note", [&] { return classify()->setClipboardComment(uuid, QString::number(doc.docsId), QStringLiteral("Gesehen")); }},
+        {"rights", [&] { return classify()->setClipboardRoles(uuid, {m_localUser + kSep + "W", QStringLiteral("tavloUSER") + kSep + "R"}); }},
+        {"import", [&] { return archive().importFile(samplePdf(30, 1), QStringLiteral("Anderswo archiviert")) > 0; }}};
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY2(changes.value(change)(), qPrintable(classifyError() + archive().lastError()));
+    QTRY_VERIFY_WITH_TIMEOUT(!seen.isEmpty(), 1000);
+    qInfo("seen after %lld ms", clock.elapsed());
+    QVERIFY(seen.last().first().toInt() & topic);
+}
+
+// The changes a process makes itself are not reported to it as news.
+void tst_Archive::ownChangesAreNoNews()
+{
+    QSharedPointer<OrvexArchiveStore> own(new OrvexArchiveStore);
+    QString error;
+    QVERIFY2(own->open(OrvexArchiveLocation::parse(localUsersLocation()), false, &error), qPrintable(error));
+    own->watchChanges();
+    QSignalSpy seen(own.data(), &OrvexArchiveStore::changedElsewhere);
+    OrvexClassifyClient client(own);
+    client.setUser(m_localUser);
+    QVERIFY2(!client.createClipboard(QStringLiteral("test own change")).isEmpty(), qPrintable(client.lastError()));
+    QTest::qWait(400); // longer than the watchers gather changes
+    QVERIFY(seen.isEmpty());
+    // A change made elsewhere right after is news again.
+    QVERIFY(!classify()->createClipboard(QStringLiteral("test other change")).isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!seen.isEmpty(), 1000);
 }
 
 QTEST_MAIN(tst_Archive)
