@@ -135,6 +135,8 @@ public:
     virtual bool indexText(QSqlDatabase &db, qlonglong docId, const QString &title, const QString &body,
                            QString &error) = 0;
     virtual bool removeText(QSqlDatabase &db, qlonglong docId, QString &error) = 0;
+    // Every indexed text: document id, title, body.
+    virtual QString allTextsQuery() const = 0;
     // A condition on docIdColumn that holds for documents whose indexed text
     // matches term: alternatives joined by " OR ", all words of an
     // alternative, each as a word prefix, case-insensitive. values receives

@@ -35,6 +35,7 @@ public:
     bool indexText(QSqlDatabase &db, qlonglong docId, const QString &title, const QString &body,
                    QString &error) override;
     bool removeText(QSqlDatabase &db, qlonglong docId, QString &error) override;
+    QString allTextsQuery() const override { return QStringLiteral("SELECT rowid, title, body FROM doc_text ORDER BY rowid"); }
     bool fullTextCondition(const QString &docIdColumn, const QString &term, QString &condition,
                            QVariantList &values) const override;
 
