@@ -54,6 +54,14 @@ QString withoutNul(const QString &text)
     return clean.remove(QChar(0));
 }
 
+PGconn *connectionOf(QSqlDatabase &db)
+{
+    const QVariant handle = db.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "PGconn*") != 0)
+        return nullptr;
+    return *static_cast<PGconn *const *>(handle.data());
+}
+
 bool lock(QSqlDatabase &db, qlonglong key, QString &error)
 {
     QSqlQuery query(db);
@@ -249,7 +257,7 @@ private:
     {
         {
             QSqlDatabase db = QSqlDatabase::database(m_connection, false);
-            if (db.isOpen() && m_backend.isAlive(db))
+            if (OrvexPostgresBackend::isListening(db))
                 return;
         }
         if (listen()) {
@@ -377,7 +385,13 @@ QSqlDatabase OrvexPostgresBackend::connect(const QString &name, bool create, QSt
     if (!given.contains(QStringLiteral("options")))
         options << QStringLiteral("options=") + quoted(QStringLiteral("-c client_min_messages=warning"));
     db.setConnectOptions(options.join(QLatin1Char(';')));
-    if (!db.open()) {
+    if (db.open()) {
+        // The server's notices (its farewell when it shuts down) go to the log, not to stderr.
+        if (PGconn *connection = connectionOf(db))
+            PQsetNoticeProcessor(connection, [](void *, const char *message) {
+                qCDebug(lcServer).noquote() << QString::fromUtf8(message).trimmed();
+            }, nullptr);
+    } else {
         const QString reason = db.lastError().databaseText().trimmed().section(QLatin1Char('\n'), 0, 0);
         error = tr("Cannot connect to the archive server %1 as %2: %3")
                     .arg(m_location.withUser(QString()).toString(), m_location.effectiveUser(),
@@ -390,10 +404,23 @@ bool OrvexPostgresBackend::isAlive(QSqlDatabase &db) const
 {
     if (!db.isOpen())
         return false;
-    const QVariant handle = db.driver()->handle();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "PGconn*") != 0)
+    PGconn *connection = connectionOf(db);
+    if (!connection)
         return true;
-    PGconn *connection = *static_cast<PGconn *const *>(handle.data());
+    // The client library learns of a server that went away only when it reads:
+    // what has arrived (without waiting) tells, so that a connection the
+    // server closed is replaced before it fails a request. A server that shut
+    // down sends its farewell first and closes after it: the second read
+    // finds the end.
+    for (int read = 0; read < 2 && PQstatus(connection) == CONNECTION_OK && !PQisBusy(connection); ++read)
+        PQconsumeInput(connection);
+    return PQstatus(connection) == CONNECTION_OK;
+}
+
+bool OrvexPostgresBackend::isListening(QSqlDatabase &db)
+{
+    // The driver reads this connection itself, for its notifications.
+    PGconn *connection = db.isOpen() ? connectionOf(db) : nullptr;
     return connection && PQstatus(connection) == CONNECTION_OK;
 }
 

@@ -27,6 +27,9 @@ public:
     // A refusal or failure of the server as a sentence a user may read; the
     // server's own text goes to the log.
     static QString describe(const QSqlError &error);
+    // Whether the connection that listens for notifications is still open
+    // (without reading from it: the driver does that).
+    static bool isListening(QSqlDatabase &db);
     // The name every connection of this backend carries.
     QString applicationName() const { return m_applicationName; }
 
