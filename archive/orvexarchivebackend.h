@@ -140,9 +140,11 @@ public:
     // A condition on docIdColumn that holds for documents whose indexed text
     // matches term: alternatives joined by " OR ", all words of an
     // alternative, each as a word prefix, case-insensitive. values receives
-    // what the condition's placeholders bind. False when the term holds no word.
-    virtual bool fullTextCondition(const QString &docIdColumn, const QString &term, QString &condition,
-                                   QVariantList &values) const = 0;
+    // what the condition's placeholders bind. fewDocuments: the condition is
+    // tested on a few documents (a clipboard's) rather than the archive. False
+    // when the term holds no word.
+    virtual bool fullTextCondition(const QString &docIdColumn, const QString &term, bool fewDocuments,
+                                   QString &condition, QVariantList &values) const = 0;
 
     // Stored files. Names are relative to their area ("1001/v1.pdf").
     // Copies a local file into the archive inside the caller's transaction;

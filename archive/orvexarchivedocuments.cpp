@@ -176,7 +176,7 @@ QStringList OrvexArchiveDocuments::searchDocs(QString query)
     const QSharedPointer<OrvexArchiveStore> store = m_session.store();
     QString condition;
     QVariantList values;
-    if (!store->backend().fullTextCondition(QStringLiteral("d.id"), query, condition, values)) {
+    if (!store->backend().fullTextCondition(QStringLiteral("d.id"), query, false, condition, values)) {
         m_session.fail(tr("Empty search"));
         return {};
     }

@@ -161,23 +161,14 @@ const Statement kLiveAndRights[] = {
     {kPostgres, "CREATE FUNCTION orvex_is_user(member text) RETURNS boolean "
                 "LANGUAGE sql STABLE SECURITY DEFINER SET search_path FROM CURRENT AS $$ "
                 "SELECT EXISTS (SELECT 1 FROM orvex_roles_of(member)) $$"},
-    {kPostgres, "CREATE FUNCTION orvex_has_role(role text, member text) RETURNS boolean "
-                "LANGUAGE sql STABLE SECURITY DEFINER SET search_path FROM CURRENT AS $$ "
-                "SELECT role IN (SELECT orvex_roles_of(member)) $$"},
-    // 'W' where member may edit, 'R' where it may only view, else NULL.
-    {kPostgres, "CREATE FUNCTION orvex_clipboard_right(clip text, member text) RETURNS text "
+    // The clipboards member may view (editable false) or edit (true): those it
+    // owns, and those where one of its roles holds "R" or "W" (only "W" to edit).
+    {kPostgres, "CREATE FUNCTION orvex_clipboards_of(member text, editable boolean) RETURNS SETOF text "
                 "LANGUAGE sql STABLE SECURITY DEFINER SET search_path FROM CURRENT AS $$ "
                 "WITH mine AS (SELECT orvex_roles_of(member) AS role) "
-                "SELECT CASE WHEN NOT EXISTS (SELECT 1 FROM mine) THEN NULL "
-                " WHEN EXISTS (SELECT 1 FROM clipboards c WHERE c.uuid = clip AND c.owner = member) THEN 'W' "
-                " ELSE (SELECT MAX(r.mode) FROM clipboard_rights r JOIN mine ON mine.role = r.role_id "
-                "       WHERE r.clipboard = clip) END $$"},
-    {kPostgres, "CREATE FUNCTION orvex_may_read(doc integer, member text) RETURNS boolean "
-                "LANGUAGE sql STABLE SECURITY DEFINER SET search_path FROM CURRENT AS $$ "
-                "WITH mine AS (SELECT orvex_roles_of(member) AS role) "
-                "SELECT EXISTS (SELECT 1 FROM mine) AND EXISTS (SELECT 1 FROM documents d WHERE d.id = doc "
-                " AND (d.read_role IS NULL OR d.read_role IN (SELECT role FROM mine))) $$"},
-
+                "SELECT c.uuid FROM clipboards c WHERE c.owner = member AND EXISTS (SELECT 1 FROM mine) "
+                "UNION SELECT r.clipboard FROM clipboard_rights r JOIN mine ON mine.role = r.role_id "
+                "WHERE NOT editable OR r.mode = 'W' $$"},
     // New documents take numbers above every document's and every entry's,
     // including entries of clipboards the importing user may not view.
     {kPostgres, "CREATE FUNCTION orvex_next_document_numbers(OUT next_id integer, OUT next_docs_id integer) "
@@ -185,59 +176,50 @@ const Statement kLiveAndRights[] = {
                 "SELECT COALESCE(MAX(d.id), 1000) + 1, GREATEST(COALESCE(MAX(d.docs_id), 5000), "
                 "(SELECT COALESCE(MAX(e.docs_id), 0) FROM clipboard_entries e)) + 1 FROM documents d $$"},
 
+    // Policies compare with sets computed once per statement (an uncorrelated
+    // subquery), not with a function called for every row.
     {kPostgres, "ALTER TABLE clipboards ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY view ON clipboards FOR SELECT USING (orvex_clipboard_right(uuid, current_user) IS NOT NULL)"},
-    {kPostgres, "CREATE POLICY create_own ON clipboards FOR INSERT WITH CHECK (owner = current_user AND orvex_is_user(current_user))"},
-    {kPostgres, "CREATE POLICY edit ON clipboards FOR UPDATE USING (orvex_clipboard_right(uuid, current_user) = 'W')"},
-    {kPostgres, "CREATE POLICY remove ON clipboards FOR DELETE USING (orvex_clipboard_right(uuid, current_user) = 'W')"},
+    {kPostgres, "CREATE POLICY view ON clipboards FOR SELECT USING (uuid IN (SELECT orvex_clipboards_of(current_user, false)))"},
+    {kPostgres, "CREATE POLICY create_own ON clipboards FOR INSERT WITH CHECK (owner = current_user AND (SELECT orvex_is_user(current_user)))"},
+    {kPostgres, "CREATE POLICY edit ON clipboards FOR UPDATE USING (uuid IN (SELECT orvex_clipboards_of(current_user, true)))"},
+    {kPostgres, "CREATE POLICY remove ON clipboards FOR DELETE USING (uuid IN (SELECT orvex_clipboards_of(current_user, true)))"},
     {kPostgres, "ALTER TABLE clipboard_entries ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY view ON clipboard_entries FOR SELECT USING (orvex_clipboard_right(clipboard, current_user) IS NOT NULL)"},
-    {kPostgres, "CREATE POLICY add ON clipboard_entries FOR INSERT "
-                "WITH CHECK (orvex_clipboard_right(clipboard, current_user) = 'W' AND orvex_may_read(doc_id, current_user))"},
-    {kPostgres, "CREATE POLICY edit ON clipboard_entries FOR UPDATE USING (orvex_clipboard_right(clipboard, current_user) = 'W') "
-                "WITH CHECK (orvex_clipboard_right(clipboard, current_user) = 'W')"},
-    {kPostgres, "CREATE POLICY remove ON clipboard_entries FOR DELETE USING (orvex_clipboard_right(clipboard, current_user) = 'W')"},
+    {kPostgres, "CREATE POLICY view ON clipboard_entries FOR SELECT USING (clipboard IN (SELECT orvex_clipboards_of(current_user, false)))"},
+    {kPostgres, "CREATE POLICY add ON clipboard_entries FOR INSERT WITH CHECK (clipboard IN (SELECT orvex_clipboards_of(current_user, true)) AND EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND (d.read_role IS NULL OR d.read_role IN (SELECT orvex_roles_of(current_user)))))"},
+    {kPostgres, "CREATE POLICY edit ON clipboard_entries FOR UPDATE USING (clipboard IN (SELECT orvex_clipboards_of(current_user, true))) WITH CHECK (clipboard IN (SELECT orvex_clipboards_of(current_user, true)))"},
+    {kPostgres, "CREATE POLICY remove ON clipboard_entries FOR DELETE USING (clipboard IN (SELECT orvex_clipboards_of(current_user, true)))"},
     {kPostgres, "ALTER TABLE clipboard_rights ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY view ON clipboard_rights FOR SELECT USING (orvex_clipboard_right(clipboard, current_user) IS NOT NULL)"},
-    {kPostgres, "CREATE POLICY grant_right ON clipboard_rights FOR INSERT WITH CHECK (orvex_clipboard_right(clipboard, current_user) = 'W')"},
-    {kPostgres, "CREATE POLICY change_right ON clipboard_rights FOR UPDATE USING (orvex_clipboard_right(clipboard, current_user) = 'W') "
-                "WITH CHECK (orvex_clipboard_right(clipboard, current_user) = 'W')"},
-    {kPostgres, "CREATE POLICY revoke_right ON clipboard_rights FOR DELETE USING (orvex_clipboard_right(clipboard, current_user) = 'W')"},
-
+    {kPostgres, "CREATE POLICY view ON clipboard_rights FOR SELECT USING (clipboard IN (SELECT orvex_clipboards_of(current_user, false)))"},
+    {kPostgres, "CREATE POLICY grant_right ON clipboard_rights FOR INSERT WITH CHECK (clipboard IN (SELECT orvex_clipboards_of(current_user, true)))"},
+    {kPostgres, "CREATE POLICY change_right ON clipboard_rights FOR UPDATE USING (clipboard IN (SELECT orvex_clipboards_of(current_user, true))) WITH CHECK (clipboard IN (SELECT orvex_clipboards_of(current_user, true)))"},
+    {kPostgres, "CREATE POLICY revoke_right ON clipboard_rights FOR DELETE USING (clipboard IN (SELECT orvex_clipboards_of(current_user, true)))"},
     {kPostgres, "ALTER TABLE documents ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY list ON documents FOR SELECT USING (orvex_is_user(current_user))"},
-    {kPostgres, "CREATE POLICY archive ON documents FOR INSERT WITH CHECK (owner = current_user AND orvex_is_user(current_user))"},
+    {kPostgres, "CREATE POLICY list ON documents FOR SELECT USING ((SELECT orvex_is_user(current_user)))"},
+    {kPostgres, "CREATE POLICY archive ON documents FOR INSERT WITH CHECK (owner = current_user AND (SELECT orvex_is_user(current_user)))"},
     {kPostgres, "CREATE POLICY new_version ON documents FOR UPDATE USING (owner = current_user)"},
-    {kPostgres, "CREATE POLICY remove ON documents FOR DELETE USING (orvex_has_role('tavloADMIN', current_user))"},
+    {kPostgres, "CREATE POLICY remove ON documents FOR DELETE USING (('tavloADMIN' IN (SELECT orvex_roles_of(current_user))))"},
     {kPostgres, "ALTER TABLE versions ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY list ON versions FOR SELECT USING (orvex_is_user(current_user))"},
-    {kPostgres, "CREATE POLICY archive ON versions FOR INSERT "
-                "WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
+    {kPostgres, "CREATE POLICY list ON versions FOR SELECT USING ((SELECT orvex_is_user(current_user)))"},
+    {kPostgres, "CREATE POLICY archive ON versions FOR INSERT WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
     {kPostgres, "ALTER TABLE page_hashes ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY compare ON page_hashes FOR SELECT USING (orvex_is_user(current_user))"},
-    {kPostgres, "CREATE POLICY archive ON page_hashes FOR INSERT "
-                "WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
-    {kPostgres, "CREATE POLICY remove ON page_hashes FOR DELETE USING (orvex_has_role('tavloADMIN', current_user))"},
+    {kPostgres, "CREATE POLICY compare ON page_hashes FOR SELECT USING ((SELECT orvex_is_user(current_user)))"},
+    {kPostgres, "CREATE POLICY archive ON page_hashes FOR INSERT WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
+    {kPostgres, "CREATE POLICY remove ON page_hashes FOR DELETE USING (('tavloADMIN' IN (SELECT orvex_roles_of(current_user))))"},
     {kPostgres, "ALTER TABLE doc_text ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY search ON doc_text FOR SELECT USING (orvex_may_read(doc_id, current_user))"},
-    {kPostgres, "CREATE POLICY archive ON doc_text FOR INSERT "
-                "WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
-    {kPostgres, "CREATE POLICY remove ON doc_text FOR DELETE USING (orvex_has_role('tavloADMIN', current_user) "
-                "OR EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
+    {kPostgres, "CREATE POLICY search ON doc_text FOR SELECT USING (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND (d.read_role IS NULL OR d.read_role IN (SELECT orvex_roles_of(current_user)))))"},
+    {kPostgres, "CREATE POLICY archive ON doc_text FOR INSERT WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
+    {kPostgres, "CREATE POLICY remove ON doc_text FOR DELETE USING (('tavloADMIN' IN (SELECT orvex_roles_of(current_user))) OR EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND d.owner = current_user))"},
     {kPostgres, "ALTER TABLE files ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY read ON files FOR SELECT "
-                "USING (owner = current_user OR (doc_id IS NOT NULL AND orvex_may_read(doc_id, current_user)))"},
-    {kPostgres, "CREATE POLICY store ON files FOR INSERT WITH CHECK (owner = current_user AND orvex_is_user(current_user))"},
+    {kPostgres, "CREATE POLICY read ON files FOR SELECT USING (owner = current_user OR (doc_id IS NOT NULL AND EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND (d.read_role IS NULL OR d.read_role IN (SELECT orvex_roles_of(current_user))))))"},
+    {kPostgres, "CREATE POLICY store ON files FOR INSERT WITH CHECK (owner = current_user AND (SELECT orvex_is_user(current_user)))"},
     {kPostgres, "CREATE POLICY move ON files FOR UPDATE USING (owner = current_user) WITH CHECK (owner = current_user)"},
-    {kPostgres, "CREATE POLICY remove ON files FOR DELETE "
-                "USING (owner = current_user OR orvex_has_role('tavloADMIN', current_user))"},
+    {kPostgres, "CREATE POLICY remove ON files FOR DELETE USING (owner = current_user OR ('tavloADMIN' IN (SELECT orvex_roles_of(current_user))))"},
     {kPostgres, "ALTER TABLE file_chunks ENABLE ROW LEVEL SECURITY"},
     {kPostgres, "CREATE POLICY read ON file_chunks FOR SELECT USING (EXISTS (SELECT 1 FROM files f WHERE f.id = file_id))"},
-    {kPostgres, "CREATE POLICY store ON file_chunks FOR INSERT "
-                "WITH CHECK (EXISTS (SELECT 1 FROM files f WHERE f.id = file_id AND f.owner = current_user))"},
+    {kPostgres, "CREATE POLICY store ON file_chunks FOR INSERT WITH CHECK (EXISTS (SELECT 1 FROM files f WHERE f.id = file_id AND f.owner = current_user))"},
     {kPostgres, "ALTER TABLE page_images ENABLE ROW LEVEL SECURITY"},
-    {kPostgres, "CREATE POLICY read ON page_images FOR SELECT USING (orvex_may_read(doc_id, current_user))"},
-    {kPostgres, "CREATE POLICY cache ON page_images FOR INSERT WITH CHECK (orvex_may_read(doc_id, current_user))"},
+    {kPostgres, "CREATE POLICY read ON page_images FOR SELECT USING (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND (d.read_role IS NULL OR d.read_role IN (SELECT orvex_roles_of(current_user)))))"},
+    {kPostgres, "CREATE POLICY cache ON page_images FOR INSERT WITH CHECK (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND (d.read_role IS NULL OR d.read_role IN (SELECT orvex_roles_of(current_user)))))"},
     {kPostgres, "ALTER TABLE uploads ENABLE ROW LEVEL SECURITY"},
     {kPostgres, "CREATE POLICY own ON uploads USING (owner = current_user) WITH CHECK (owner = current_user)"},
     {kPostgres, "ALTER TABLE upload_pages ENABLE ROW LEVEL SECURITY"},

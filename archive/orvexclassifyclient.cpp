@@ -204,7 +204,7 @@ QStringList OrvexClassifyClient::searchDocuments(QStringList criteria)
     // The full text of a document the user may not read is not searchable either.
     QString textCondition;
     QVariantList textValues;
-    if (haveTerm && !current->backend().fullTextCondition(QStringLiteral("d.id"), term, textCondition, textValues)) {
+    if (haveTerm && !current->backend().fullTextCondition(QStringLiteral("d.id"), term, haveFilter, textCondition, textValues)) {
         fail(QStringLiteral("Empty full-text term"));
         return {};
     }

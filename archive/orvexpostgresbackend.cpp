@@ -502,8 +502,8 @@ bool OrvexPostgresBackend::removeText(QSqlDatabase &db, qlonglong docId, QString
     return exec(remove, error);
 }
 
-bool OrvexPostgresBackend::fullTextCondition(const QString &docIdColumn, const QString &term, QString &condition,
-                                             QVariantList &values) const
+bool OrvexPostgresBackend::fullTextCondition(const QString &docIdColumn, const QString &term, bool fewDocuments,
+                                             QString &condition, QVariantList &values) const
 {
     QStringList alternatives;
     values.clear();
@@ -521,8 +521,11 @@ bool OrvexPostgresBackend::fullTextCondition(const QString &docIdColumn, const Q
     }
     if (alternatives.isEmpty())
         return false;
-    condition = docIdColumn + QStringLiteral(" IN (SELECT t.doc_id FROM doc_text t WHERE t.search @@ (")
-                + alternatives.join(QStringLiteral(" || ")) + QStringLiteral("))");
+    // A few documents are looked up one by one; the archive through the index.
+    const QString query = QLatin1Char('(') + alternatives.join(QStringLiteral(" || ")) + QLatin1Char(')');
+    condition = fewDocuments
+        ? QStringLiteral("EXISTS (SELECT 1 FROM doc_text t WHERE t.doc_id = %1 AND t.search @@ %2)").arg(docIdColumn, query)
+        : QStringLiteral("%1 IN (SELECT t.doc_id FROM doc_text t WHERE t.search @@ %2)").arg(docIdColumn, query);
     return true;
 }
 

@@ -228,13 +228,15 @@ bool OrvexSqliteBackend::removeText(QSqlDatabase &db, qlonglong docId, QString &
     return exec(remove, error);
 }
 
-bool OrvexSqliteBackend::fullTextCondition(const QString &docIdColumn, const QString &term, QString &condition,
-                                           QVariantList &values) const
+bool OrvexSqliteBackend::fullTextCondition(const QString &docIdColumn, const QString &term, bool fewDocuments,
+                                           QString &condition, QVariantList &values) const
 {
     const QString expression = matchExpression(term);
     if (expression.isEmpty())
         return false;
-    condition = docIdColumn + QStringLiteral(" IN (SELECT rowid FROM doc_text WHERE doc_text MATCH ?)");
+    condition = fewDocuments
+        ? QStringLiteral("EXISTS (SELECT 1 FROM doc_text WHERE doc_text MATCH ? AND rowid = %1)").arg(docIdColumn)
+        : docIdColumn + QStringLiteral(" IN (SELECT rowid FROM doc_text WHERE doc_text MATCH ?)");
     values = {expression};
     return true;
 }

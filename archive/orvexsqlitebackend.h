@@ -36,7 +36,7 @@ public:
                    QString &error) override;
     bool removeText(QSqlDatabase &db, qlonglong docId, QString &error) override;
     QString allTextsQuery() const override { return QStringLiteral("SELECT rowid, title, body FROM doc_text ORDER BY rowid"); }
-    bool fullTextCondition(const QString &docIdColumn, const QString &term, QString &condition,
+    bool fullTextCondition(const QString &docIdColumn, const QString &term, bool fewDocuments, QString &condition,
                            QVariantList &values) const override;
 
     bool storeFile(QSqlDatabase &db, Area area, const QString &name, qlonglong docId, const QString &sourcePath,

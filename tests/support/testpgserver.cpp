@@ -114,7 +114,7 @@ bool TestPgServer::pgCtl(const QStringList &arguments, QString *error)
     return fail(error, QStringLiteral("pg_ctl %1 failed: %2\n%3").arg(arguments.join(QLatin1Char(' ')), output, logText));
 }
 
-bool TestPgServer::start(QString *error)
+bool TestPgServer::start(QString *error, const QString &keepIn)
 {
     if (m_running)
         return true;
@@ -124,12 +124,19 @@ bool TestPgServer::start(QString *error)
     if (m_bin.isEmpty())
         return fail(error, QStringLiteral("No PostgreSQL server binaries under /usr/lib/postgresql (package postgresql)"));
 
+    m_keep = !keepIn.isEmpty();
     QByteArray pattern = QFile::encodeName(QDir::tempPath() + QStringLiteral("/orvex-pg-XXXXXX"));
-    if (!::mkdtemp(pattern.data()))
+    if (m_keep) {
+        pattern = QFile::encodeName(QDir(keepIn).absolutePath());
+        if (!QDir().mkpath(keepIn))
+            return fail(error, QStringLiteral("Cannot make the folder %1").arg(keepIn));
+    } else if (!::mkdtemp(pattern.data())) {
         return fail(error, QStringLiteral("Cannot make a folder for the test server"));
+    }
     m_root = QFile::decodeName(pattern);
     m_folder = m_root;
     m_data = m_root + QStringLiteral("/data");
+    const bool initialised = QFileInfo::exists(m_data + QStringLiteral("/PG_VERSION"));
 
     // A server refuses to run as root: then as the system's postgres user (or nobody).
     if (::geteuid() == 0) {
@@ -144,7 +151,8 @@ bool TestPgServer::start(QString *error)
     }
 
     QString output;
-    if (runAsServerUser(binary(QStringLiteral("initdb")),
+    if (!initialised
+        && runAsServerUser(binary(QStringLiteral("initdb")),
                         {QStringLiteral("-D"), m_data, QStringLiteral("-U"), kAdmin, QStringLiteral("-A"),
                          QStringLiteral("trust"), QStringLiteral("-E"), QStringLiteral("UTF8"),
                          QStringLiteral("--locale=C.UTF-8"), QStringLiteral("-N")},
@@ -158,14 +166,15 @@ bool TestPgServer::start(QString *error)
     // Should this process die without stopping the server, the watchdog does.
     const QString runAs = m_serverUser.isEmpty() ? QString() : QStringLiteral("runuser -u %1 -- ").arg(m_serverUser);
     const QString script = QStringLiteral("while kill -0 %1 2>/dev/null; do sleep 1; done; "
-                                          "%2'%3' -D '%4' stop -m immediate >/dev/null 2>&1; rm -rf '%5'")
+                                          "%2'%3' -D '%4' stop -m immediate >/dev/null 2>&1; %5")
                                .arg(QCoreApplication::applicationPid())
-                               .arg(runAs, binary(QStringLiteral("pg_ctl")), m_data, m_root);
+                               .arg(runAs, binary(QStringLiteral("pg_ctl")), m_data,
+                                    m_keep ? QStringLiteral("true") : QStringLiteral("rm -rf '%1'").arg(m_root));
     QProcess::startDetached(QStringLiteral("setsid"), {QStringLiteral("sh"), QStringLiteral("-c"), script},
                             QDir::rootPath(), &m_watchdog);
     if (!restart(error))
         return false;
-    return run(QStringLiteral("postgres"), {QStringLiteral("CREATE ROLE %1 LOGIN").arg(Owner)}, error);
+    return initialised || run(QStringLiteral("postgres"), {QStringLiteral("CREATE ROLE %1 LOGIN").arg(Owner)}, error);
 }
 
 bool TestPgServer::restart(QString *error)
@@ -204,7 +213,7 @@ void TestPgServer::stop()
     if (m_running)
         pgCtl({QStringLiteral("-w"), QStringLiteral("-m"), QStringLiteral("fast"), QStringLiteral("stop")}, nullptr);
     m_running = false;
-    if (!m_root.isEmpty())
+    if (!m_root.isEmpty() && !m_keep)
         QDir(m_root).removeRecursively();
     m_root.clear();
     if (m_watchdog > 0)

@@ -28,7 +28,10 @@ public:
     TestPgServer(const TestPgServer &) = delete;
     TestPgServer &operator=(const TestPgServer &) = delete;
 
-    bool start(QString *error);
+    // keepIn: a folder whose server (data, socket) outlives this object and
+    // is used again by the next start there (a benchmark's cached data set);
+    // empty: a temporary folder, removed at stop().
+    bool start(QString *error, const QString &keepIn = {});
     void stop();
     // Stops the server at once, as a crash would (no shutdown checkpoint).
     bool kill();
@@ -67,5 +70,6 @@ private:
     int m_port = 0;
     qint64 m_watchdog = 0;
     bool m_running = false;
+    bool m_keep = false;
     QStringList m_connections;
 };
