@@ -234,9 +234,9 @@ bool OrvexSqliteBackend::fullTextCondition(const QString &docIdColumn, const QSt
     const QString expression = matchExpression(term);
     if (expression.isEmpty())
         return false;
-    condition = fewDocuments
-        ? QStringLiteral("EXISTS (SELECT 1 FROM doc_text WHERE doc_text MATCH ? AND rowid = %1)").arg(docIdColumn)
-        : docIdColumn + QStringLiteral(" IN (SELECT rowid FROM doc_text WHERE doc_text MATCH ?)");
+    // The index answers a whole match at once faster than a match per document.
+    Q_UNUSED(fewDocuments)
+    condition = docIdColumn + QStringLiteral(" IN (SELECT rowid FROM doc_text WHERE doc_text MATCH ?)");
     values = {expression};
     return true;
 }

@@ -3,11 +3,14 @@
 // default), each an archive user with a clipboard of its own, repeat the
 // clipboard operations: list (the clipboard's entries and their card rows, as
 // a board shows them), add, note, remove, search (full text within the
-// clipboard, as the board's search) and thumbnail (a card's page image). It
+// clipboard, as the board's search) and thumbnail (a card's page image, from
+// the cache; "first image" is its first rendering), each after a user's pause
+// (100 ms on average; --think 0 runs flat out). It
 // prints p50 and p95 per operation and engine, and how long the host's
 // document list takes to open on the whole data set.
 //
-//   bench_archive [--documents N] [--clients N] [--rounds N] [--cache DIR] [--engine embedded|server|both]
+//   bench_archive [--documents N] [--clients N] [--rounds N] [--think MS] [--cache DIR]
+//                 [--engine embedded|server|both]
 //
 // The data set is made once and kept in the cache folder (default
 // /var/tmp/orvex-bench-archive, or ORVEX_BENCH_CACHE): the embedded archive,
@@ -20,6 +23,7 @@
 #include "orvexarchivelocation.h"
 #include "orvexarchivestore.h"
 #include "orvexcontenthash.h"
+#include "orvexdocumentlistmodel.h"
 #include "orvexdocumentlistview.h"
 #include "orvexhostwindow.h"
 #include "testpgserver.h"
@@ -30,6 +34,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLineEdit>
 #include <QMutex>
 #include <QRandomGenerator>
 #include <QSqlError>
@@ -44,8 +49,10 @@
 namespace {
 QTextStream out(stdout);
 const QChar kSep(0xFEFF);
-const char *const kOperations[] = {"list", "add", "note", "remove", "search", "thumbnail"};
+const char *const kOperations[] = {"list", "add", "note", "remove", "search", "thumbnail", "first image"};
+constexpr int kShownCards = 10; // cards whose page images a client shows
 constexpr int kEntriesPerClipboard = 100;
+constexpr int kUsers = 50; // the most clients a data set serves
 
 const char *const kWords[] = {"Rechnung", "Lieferschein", "Angebot", "Vertrag", "Mahnung", "Gutschrift",
                               "Wartung", "Druckerflotte", "Kopierpapier", "Klimatisierung", "Fuhrpark",
@@ -95,7 +102,7 @@ QString userName(int client)
 
 // The embedded archive with documents documents, written straight into its
 // tables and files: the same rows an import makes, without inspecting each file.
-bool generate(const QString &folder, int documents, int clients, QString &error)
+bool generate(const QString &folder, int documents, QString &error)
 {
     OrvexArchive archive;
     if (!archive.open(folder, false)) {
@@ -122,7 +129,7 @@ bool generate(const QString &folder, int documents, int clients, QString &error)
                     if (!role.exec())
                         return false;
                 }
-                for (int client = 0; client < clients; ++client) {
+                for (int client = 0; client < kUsers; ++client) {
                     role.addBindValue(userName(client));
                     role.addBindValue(QStringLiteral("user"));
                     role.addBindValue(QStringLiteral("Benchmark %1").arg(client + 1));
@@ -265,7 +272,7 @@ double percentile(QVector<double> values, double p)
 
 // One client: rounds of the six operations on its own clipboard, as its own user.
 void runClient(const QString &location, bool server, int client, const QString &uuid, int rounds, int documents,
-               Latencies &latencies)
+               int think, Latencies &latencies)
 {
     OrvexArchive archive;
     const QString as = server ? OrvexArchiveLocation::parse(location).withUser(userName(client)).toString() : location;
@@ -281,10 +288,24 @@ void runClient(const QString &location, bool server, int client, const QString &
     QRandomGenerator random(quint32(100 + client));
     QElapsedTimer clock;
     const auto measure = [&](const char *operation, const std::function<void()> &work) {
+        // A user between two actions.
+        if (think > 0)
+            QThread::msleep(random.bounded(2 * think));
         clock.start();
         work();
         latencies.add(QLatin1String(operation), clock.nsecsElapsed() / 1e6);
     };
+    const auto thumbnail = [&](int docId) {
+        int pages = 0;
+        QString format;
+        files->getDocumentThumbnail(docId, 0, 800, pages, format, 0, 0, -1);
+    };
+    // The page images of the cards in view: rendered once, then from the cache.
+    QStringList shown, notes;
+    classify->getClipboardDocuments(uuid, shown, notes);
+    shown = shown.mid(0, kShownCards);
+    for (const QString &entry : qAsConst(shown))
+        measure("first image", [&] { thumbnail(entry.section(kSep, 0, 0).toInt()); });
     for (int round = 0; round < rounds; ++round) {
         QStringList entries, notes;
         measure("list", [&] {
@@ -314,17 +335,15 @@ void runClient(const QString &location, bool server, int client, const QString &
             classify->searchDocuments({QStringLiteral("OPT:SELECTION;-1"), QStringLiteral("OPT:FULLTEXT") + kSep + word,
                                        filter + QStringLiteral("0)"), QStringLiteral("OPT:LIMIT;1000")});
         });
-        const int shown = entry.section(kSep, 0, 0).toInt();
-        measure("thumbnail", [&] {
-            int pages = 0;
-            QString format;
-            files->getDocumentThumbnail(shown, 0, 800, pages, format, 0, 0, -1);
-        });
+        if (!shown.isEmpty()) {
+            const int card = shown.at(random.bounded(shown.size())).section(kSep, 0, 0).toInt();
+            measure("thumbnail", [&] { thumbnail(card); });
+        }
     }
 }
 
 void run(const QString &title, const QString &location, bool server, int clients, int rounds, int documents,
-         QHash<QString, QPair<double, double>> &results)
+         int think, QHash<QString, QPair<double, double>> &results)
 {
     QStringList uuids;
     QString error;
@@ -338,7 +357,7 @@ void run(const QString &title, const QString &location, bool server, int clients
     std::vector<std::unique_ptr<QThread>> threads;
     for (int client = 0; client < clients; ++client)
         threads.emplace_back(QThread::create(runClient, location, server, client, uuids.at(client), rounds, documents,
-                                             std::ref(latencies)));
+                                             think, std::ref(latencies)));
     for (auto &thread : threads)
         thread->start();
     for (auto &thread : threads)
@@ -361,13 +380,29 @@ qint64 listOpenTime(const QString &location)
     OrvexArchive archive;
     if (!archive.open(location, false))
         return -1;
+    const qint64 opened = clock.elapsed();
+    const QList<OrvexArchiveDocument> documents = archive.documents();
+    const qint64 read = clock.elapsed();
     OrvexHostWindow window;
     window.resize(1200, 800);
-    window.setDocuments(archive.documents());
+    window.setDocuments(documents);
+    const qint64 listed = clock.elapsed();
     window.show();
     QApplication::processEvents();
     window.documentView()->viewport()->repaint();
-    return clock.elapsed();
+    const qint64 total = clock.elapsed();
+    out << "  list open on " << location << ": archive " << opened << " ms, rows read " << read - opened
+        << " ms, model " << listed - read << " ms, shown " << total - listed << " ms" << Qt::endl;
+    // What a user does next: filter by a word, sort by title.
+    clock.start();
+    if (auto *filter = window.findChild<QLineEdit *>(QStringLiteral("m_filter")))
+        filter->setText(QStringLiteral("nordlicht"));
+    QApplication::processEvents();
+    const qint64 filtered = clock.elapsed();
+    window.documentView()->sortByColumn(OrvexDocumentListModel::TitleColumn, Qt::AscendingOrder);
+    QApplication::processEvents();
+    out << "  filtered in " << filtered << " ms, sorted by title in " << clock.elapsed() - filtered << " ms" << Qt::endl;
+    return total;
 }
 } // namespace
 
@@ -385,22 +420,26 @@ int main(int argc, char *argv[])
     const QCommandLineOption cacheOption(QStringLiteral("cache"), QStringLiteral("Folder of the kept data sets."),
                                          QStringLiteral("DIR"),
                                          qEnvironmentVariable("ORVEX_BENCH_CACHE", QStringLiteral("/var/tmp/orvex-bench-archive")));
+    const QCommandLineOption thinkOption(QStringLiteral("think"),
+                                         QStringLiteral("A client's pause before an operation, on average (0: none)."),
+                                         QStringLiteral("MS"), QStringLiteral("100"));
     const QCommandLineOption engineOption(QStringLiteral("engine"), QStringLiteral("embedded, server or both."),
                                           QStringLiteral("ENGINE"), QStringLiteral("both"));
-    parser.addOptions({documentsOption, clientsOption, roundsOption, cacheOption, engineOption});
+    parser.addOptions({documentsOption, clientsOption, roundsOption, cacheOption, thinkOption, engineOption});
     parser.process(app);
     const int documents = parser.value(documentsOption).toInt();
-    const int clients = qBound(1, parser.value(clientsOption).toInt(), 99);
-    const int rounds = qMax(1, parser.value(roundsOption).toInt());
+    const int clients = qBound(1, parser.value(clientsOption).toInt(), kUsers);
+    const int rounds = qMax(0, parser.value(roundsOption).toInt()); // 0: the list only
     const QString engine = parser.value(engineOption);
-    const QString cache = QDir(parser.value(cacheOption)).absoluteFilePath(QStringLiteral("n%1-c%2").arg(documents).arg(clients));
+    const int think = qMax(0, parser.value(thinkOption).toInt());
+    const QString cache = QDir(parser.value(cacheOption)).absoluteFilePath(QStringLiteral("n%1").arg(documents));
     const QString embedded = cache + QStringLiteral("/embedded");
 
     QString error;
     if (!QFileInfo::exists(embedded + QStringLiteral("/.complete"))) {
         out << "Making the data set in " << embedded << Qt::endl;
         QDir(embedded).removeRecursively();
-        if (!generate(embedded, documents, clients, error)) {
+        if (!generate(embedded, documents, error)) {
             out << "Cannot make the data set: " << error << Qt::endl;
             return 1;
         }
@@ -411,7 +450,8 @@ int main(int argc, char *argv[])
     qint64 embeddedList = -1, serverList = -1;
     if (engine != QLatin1String("server")) {
         embeddedList = listOpenTime(embedded);
-        run(QStringLiteral("embedded"), embedded, false, clients, rounds, documents, embeddedResults);
+        if (rounds > 0)
+            run(QStringLiteral("embedded"), embedded, false, clients, rounds, documents, think, embeddedResults);
     }
 
     TestPgServer pg;
@@ -447,11 +487,12 @@ int main(int argc, char *argv[])
         }
         const QString server = pg.address(QStringLiteral("bench"), userName(0));
         serverList = listOpenTime(server);
-        run(QStringLiteral("server"), server, true, clients, rounds, documents, serverResults);
+        if (rounds > 0)
+            run(QStringLiteral("server"), server, true, clients, rounds, documents, think, serverResults);
     }
 
     out << Qt::endl << "Latency in ms per operation, " << documents << " documents, " << clients << " clients, "
-        << rounds << " rounds each" << Qt::endl;
+        << rounds << " rounds each, " << think << " ms pauses on average" << Qt::endl;
     out << QStringLiteral("%1 %2 %3 %4 %5").arg(QStringLiteral("operation"), -10).arg(QStringLiteral("embedded p50"), 13)
                .arg(QStringLiteral("p95"), 8).arg(QStringLiteral("server p50"), 12).arg(QStringLiteral("p95"), 8)
         << Qt::endl;
