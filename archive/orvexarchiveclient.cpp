@@ -269,14 +269,15 @@ bool OrvexArchiveClient::versionFile(qlonglong docId, int version, VersionFile &
     return true;
 }
 
-bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash)
+bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+                                     const QString &notStored)
 {
     QFile source(from);
     if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return fail(tr("Cannot read %1: %2").arg(from, source.errorString()));
     QFile target(to);
     if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-        return fail(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        return fail(OrvexStorageError::describe(target.errorString(), notStored));
     int chunk;
     {
         QMutexLocker locker(&m_mutex);
@@ -307,8 +308,9 @@ bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qin
             return abandon(tr("Cannot read %1: %2").arg(from, source.errorString()));
         if (read == 0)
             break;
-        if (target.write(buffer.constData(), read) != read)
-            return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        QString reason;
+        if (!OrvexArchiveStore::writeFully(target, buffer.constData(), read, &reason))
+            return abandon(OrvexStorageError::describe(reason, notStored));
         if (hash)
             hash->addData(buffer.constData(), read);
         done += read;
@@ -320,7 +322,7 @@ bool OrvexArchiveClient::copyChunked(const QString &from, const QString &to, qin
     if (m_cancel.loadAcquire())
         return abandon(tr("The transfer was canceled."));
     if (!target.flush())
-        return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        return abandon(OrvexStorageError::describe(target.errorString(), notStored));
     return true;
 }
 
@@ -374,7 +376,8 @@ bool OrvexArchiveClient::exportVersion(qlonglong docId, int version, QString &lo
         return fail(tr("Cannot create %1").arg(folder));
     const QString name = version > 0 ? fileNameFor(docId, file.version) : file.fileName;
     const QString target = folder + QLatin1Char('/') + (name.isEmpty() ? QString::number(docId) : name);
-    if (!stream([&] { return copyChunked(file.path, target, file.size); }))
+    if (!stream([&] { return copyChunked(file.path, target, file.size, nullptr,
+                                         tr("document %1 was not exported").arg(docId)); }))
         return false;
     localPath = target;
     return true;
@@ -619,13 +622,16 @@ bool OrvexArchiveClient::deleteDocument(QString docId, QStringList options)
     const QString acting = user();
     if (!m_store->documentExists(id) || !m_store->mayRead(acting, id))
         return fail(tr("Unknown document %1").arg(id));
+    const QString notDeleted = tr("document %1 was not deleted").arg(id);
+    if (m_store->isReadOnly())
+        return fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notDeleted));
     if (!m_store->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
         return fail(tr("%1 may not delete documents").arg(acting));
     QString error;
     QStringList files;
     if (!m_store->write([&](QSqlDatabase &db, QString &stepError) {
             return m_store->removeDocument(db, id, files, stepError);
-        }, &error))
+        }, &error, notDeleted))
         return fail(error);
     m_store->removeDocumentFiles(id, files);
     emit documentsChanged();
@@ -751,13 +757,18 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
     const QFileInfo info(filePath);
     if (!info.isFile() || !info.isReadable())
         return fail(tr("Cannot read %1").arg(filePath));
+    const QString notArchived = tr("%1 was not archived").arg(info.fileName());
+    if (m_store->isReadOnly())
+        return fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notArchived));
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString suffix = info.suffix().toLower();
     const QString relative = id + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
     const QString target = m_store->uploadsPath() + QLatin1Char('/') + relative;
     OrvexContentHash hash;
-    if (!stream([&] { return copyChunked(filePath, target, info.size(), &hash); }))
+    if (!stream([&] { return copyChunked(filePath, target, info.size(), &hash, notArchived); }))
         return false;
+    // Committed later by renaming: its content must be on the disk by then.
+    OrvexArchiveStore::syncFile(target);
     // What arrived, which is what was hashed, even if the source changed meanwhile.
     const qint64 size = QFileInfo(target).size();
     const QString acting = user();
@@ -774,7 +785,7 @@ bool OrvexArchiveClient::sendFile(QString filePath, QString &uploadId)
         insert.addBindValue(hash.hex());
         insert.addBindValue(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
         return exec(insert, stepError);
-    }, &error);
+    }, &error, notArchived);
     if (!stored) {
         QFile::remove(target);
         return fail(error);
@@ -866,7 +877,7 @@ QStringList OrvexArchiveClient::checkDuplicates(QString archiveData, QString fil
     if (!inspection.pageHashes.isEmpty()) {
         QSqlQuery pages(db);
         if (!pages.exec(QStringLiteral("SELECT doc_id, version, page, hash FROM page_hashes ORDER BY doc_id, version, page"))) {
-            fail(pages.lastError().text());
+            fail(OrvexStorageError::ofQuery(pages));
             return {};
         }
         while (pages.next()) {
@@ -943,7 +954,7 @@ bool OrvexArchiveClient::commitUpload(QString uploadId)
         status.finish();
         docId = m_store->importContent(db, upload.path, upload.content, options, 0, movedFiles, stepError);
         return docId != 0;
-    }, &error);
+    }, &error, tr("%1 was not archived").arg(upload.originalName));
     if (!ok) {
         // The file was moved last: only the commit itself failed after it.
         for (const QString &path : qAsConst(movedFiles))

@@ -131,8 +131,10 @@ private:
     bool exportVersion(qlonglong docId, int version, QString &localPath);
     // Copies in chunks with the byte-count signals (the first chunk's, then at
     // most one per 50 ms, and the last), feeding hash when given;
-    // false when canceled or failing, and then the target file is gone.
-    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash = nullptr);
+    // false when canceled or failing, and then the target file is gone. A
+    // failed write names the system's reason and notStored.
+    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+                     const QString &notStored);
     // Runs copy as the class comment describes (own thread + local event loop on the GUI thread).
     bool stream(const std::function<bool()> &copy);
     QString fileNameFor(qlonglong docId, int version);
