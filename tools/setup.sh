@@ -9,7 +9,7 @@ PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qtto
 libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev libssl-dev
 xvfb xauth fonts-dejavu-core"
 # Tools: checked by command, since they may come from elsewhere than Debian.
-TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm"
+TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3"
 
 missing=""
 for p in $PACKAGES; do
