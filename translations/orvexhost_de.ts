@@ -483,6 +483,10 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
         <source>Ctrl+O</source>
         <translation>Ctrl+O</translation>
     </message>
+    <message>
+        <source>Orvex Host – %1 (read-only)</source>
+        <translation>Orvex Host – %1 (schreibgeschützt)</translation>
+    </message>
 </context>
 <context>
     <name>OrvexScreenshotJob</name>
