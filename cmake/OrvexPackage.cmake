@@ -1,7 +1,6 @@
 # The package configuration that find_package(OrvexWorkbench) reads, and the
 # Debian package that 'make package' builds from the installed tree.
 include(CMakePackageConfigHelpers)
-set(ORVEX_QT_VERSION 5.15)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/OrvexWorkbenchConfig.cmake.in
   ${CMAKE_BINARY_DIR}/OrvexWorkbenchConfig.cmake
   INSTALL_DESTINATION ${ORVEX_INSTALL_CMAKEDIR})
