@@ -9,7 +9,7 @@ SANITIZE_DIR ?= build-sanitize
 FUZZ_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 600
 
-.PHONY: all setup configure build test demo translations clean test-sanitize setup-fuzz fuzz
+.PHONY: all setup configure build test demo package translations clean test-sanitize setup-fuzz fuzz
 
 all: build
 
@@ -44,6 +44,10 @@ fuzz: setup-fuzz
 # Extra host options: make demo DEMO_ARGS="--archive /tmp/my-archive"
 demo: build
 	@sh tools/demo.sh $(BUILD_DIR) $(DEMO_ARGS)
+
+# The Debian package of the installed tree, in $(BUILD_DIR)/orvexworkbench_<version>_<arch>.deb.
+package: build
+	cmake --build $(BUILD_DIR) --target package
 
 # Refreshes the catalogues from the sources; translate the new entries with
 # Qt Linguist (linguist translations/orvexworkbench_de.ts) and commit them.

@@ -10,7 +10,10 @@ PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qtto
 libqt5sql5-sqlite libsqlite3-dev libpoppler-qt5-dev libssl-dev
 xvfb xauth fonts-dejavu-core"
 # Tools: checked by command, since they may come from elsewhere than Debian.
-TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3"
+# desktop-file-validate checks the installed desktop entry; make package needs
+# dpkg-shlibdeps and file.
+TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3
+desktop-file-validate:desktop-file-utils dpkg-shlibdeps:dpkg-dev file:file"
 PAGE_LIBRARIES=yes
 if [ "${1:-}" = fuzz ]; then
   PACKAGES="qtbase5-dev clang libclang-rt-dev"
