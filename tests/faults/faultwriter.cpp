@@ -11,6 +11,7 @@
 //                                        files limited to LIMIT bytes
 //   faultwriter readonly FOLDER [FILE]   views, searches, exports and serves a
 //                                        document, then tries every kind of write
+#include "../archive/archivetesthelpers.h"
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
 #include "orvexarchive.h"
@@ -44,13 +45,6 @@ QString sha256Of(const QString &path)
     QCryptographicHash hash(QCryptographicHash::Sha256);
     return file.open(QIODevice::ReadOnly) && hash.addData(&file) ? QString::fromLatin1(hash.result().toHex())
                                                                   : QString();
-}
-
-bool connectClient(kelArchiveClientInterface *client, const OrvexConnectionValues &values)
-{
-    return client->openConnection(values.server, values.port)
-        && client->logIn(values.login1, values.login2, values.login3)
-        && client->selectArchive(values.archiveName);
 }
 
 // From here on no file of this process may grow past limit bytes; a write
