@@ -418,7 +418,13 @@ private slots:
         for (const int fd : slow)
             ::close(fd);
         std::sort(times.begin(), times.end());
-        QVERIFY2(times.at(times.size() / 2) < 100, qPrintable(QString("median of %1 ms").arg(times.at(times.size() / 2))));
+        QString shown;
+        for (const qint64 time : qAsConst(times))
+            shown += QString::number(time) + QStringLiteral(" ms ");
+        qInfo("beside 50 slow clients: %s", qPrintable(shown));
+        // The median, so that one scheduling hiccup of a loaded machine does not count;
+        // a starved server would not answer within seconds.
+        QVERIFY2(times.at(times.size() / 2) < 100 && times.last() < 1000, qPrintable(shown));
     }
 
     // Regression: "bytes=99999999-" was answered 206 with a negative length,
