@@ -41,7 +41,7 @@ bool OrvexArchive::open(const QString &folder, bool createSampleWhenNew)
         disconnect(m_store.data(), nullptr, this, nullptr);
     QString error;
     m_store = OrvexArchiveStore::shared(folder, createSampleWhenNew, &error);
-    // A read-only archive is viewed as it is: a user it does not know sees what the archive lets everybody see.
+    // A read-only archive is viewed as it is: it cannot learn a user it does not know, who may read nothing in it.
     if (!m_store || (!m_store->isReadOnly() && !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error))) {
         m_lastError = error;
         m_store.reset();

@@ -175,12 +175,17 @@ void OrvexConnectionManager::acceptConnections()
             dropClient(socket);
         });
         connect(socket, &QLocalSocket::bytesWritten, this, [this, socket] {
-            // A client that reads again gets its waiting requests answered.
+            // A client that reads gets more time, and its waiting requests are
+            // answered once its unread replies are within the limit again.
             const auto client = m_clients.value(socket);
-            if (client && client->drain->isActive() && socket->bytesToWrite() <= MaxUnreadReplies) {
-                client->drain->stop();
-                readClient(socket);
+            if (!client || !client->drain->isActive())
+                return;
+            if (socket->bytesToWrite() > MaxUnreadReplies) {
+                client->drain->start();
+                return;
             }
+            client->drain->stop();
+            readClient(socket);
         });
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { readClient(socket); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
@@ -199,7 +204,7 @@ void OrvexConnectionManager::readClient(QLocalSocket *socket)
     OrvexCmRequest request;
     while (m_clients.contains(socket)) {
         // Replies the client leaves unread stop its requests from being
-        // answered; if it does not read within the drain time, it goes.
+        // answered; if it reads nothing for the drain time, it goes.
         if (socket->bytesToWrite() > MaxUnreadReplies) {
             if (!client->drain->isActive())
                 client->drain->start();

@@ -38,8 +38,8 @@ public:
     bool isListening() const;
     QString serverName() const;
     int dndPort() const { return m_dndPort; }
-    // How long a client's further requests may wait for it to read its
-    // replies before it is dropped (default 10 s); for clients connecting later.
+    // How long a client with too many unread replies may read nothing before
+    // it is dropped (default 10 s); for clients connecting later.
     void setDrainTimeout(int milliseconds) { m_drainTimeoutMs = milliseconds; }
     // The port answered to "GETDNDPORT" from now on (once the document server
     // knows the port it got).
@@ -56,7 +56,7 @@ signals:
     void profileReloaded(qint64 profileId, bool known);
     void chatRequested(qint64 id, const QString &a, const QString &b);
     void invalidRequest(const QByteArray &raw);
-    // A client that left more than MaxUnreadReplies unread for the drain time.
+    // A client that left more than MaxUnreadReplies unread and read nothing for the drain time.
     void clientDropped(qint64 unreadBytes);
 
 private:
