@@ -88,14 +88,20 @@ void OrvexDocumentConnection::readHead()
     while (m_socket->bytesAvailable() > 0 && m_reader.state() == OrvexHttpHeadReader::Reading)
         m_reader.feed(m_socket->read(kReadSize));
     if (m_reader.state() == OrvexHttpHeadReader::Failed) {
-        if (m_peerUid != m_policy.ownerUid)
-            answer(OrvexHttpResponse::text(403, QStringLiteral("Only the user who runs this server is served.")),
-                   QStringLiteral("foreign user %1").arg(m_peerUid));
-        else
+        if (!refusedForeignUser())
             answer(OrvexHttpResponse::text(m_reader.errorStatus(), m_reader.error()));
     } else if (m_reader.state() == OrvexHttpHeadReader::Complete) {
         headComplete();
     }
+}
+
+bool OrvexDocumentConnection::refusedForeignUser()
+{
+    if (m_peerUid == m_policy.ownerUid)
+        return false;
+    answer(OrvexHttpResponse::text(403, QStringLiteral("Only the user who runs this server is served.")),
+           QStringLiteral("foreign user %1").arg(m_peerUid));
+    return true;
 }
 
 void OrvexDocumentConnection::headComplete()
@@ -104,11 +110,8 @@ void OrvexDocumentConnection::headComplete()
     m_deadline->stop();
     const OrvexHttpHead &head = m_reader.head();
     m_headRequest = head.method == "HEAD";
-    if (m_peerUid != m_policy.ownerUid) {
-        answer(OrvexHttpResponse::text(403, QStringLiteral("Only the user who runs this server is served.")),
-               QStringLiteral("foreign user %1").arg(m_peerUid));
+    if (refusedForeignUser())
         return;
-    }
     const QByteArray host = head.field("host");
     if (head.fieldCount("host") != 1 || !OrvexHostHeader::isLocal(host, m_policy.port, m_policy.machineName)) {
         answer(OrvexHttpResponse::text(403, QStringLiteral("Only requests for this machine are served.")),

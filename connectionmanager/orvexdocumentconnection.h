@@ -54,6 +54,8 @@ private:
 
     void readHead();
     void headComplete();
+    // Answers 403 to anybody but the owner; true when it did.
+    bool refusedForeignUser();
     void answer(const OrvexHttpResponse &response, const QString &note = {});
     void writeMore();
     void closeGracefully();
