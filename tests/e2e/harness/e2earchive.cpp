@@ -174,18 +174,27 @@ E2eArchive::Document E2eArchive::document(qlonglong docId) const
     return {};
 }
 
-QList<E2eArchive::Document> E2eArchive::documentsNotIn(const QString &clipboardName) const
+QList<E2eArchive::Document> E2eArchive::readableDocuments() const
 {
-    QSet<qlonglong> inside;
-    for (const Entry &entry : entries(clipboardName))
-        inside.insert(entry.docId);
     QSet<qlonglong> readable;
     for (const QVariant &row : rows(QStringLiteral("SELECT id FROM documents WHERE read_role IS NULL OR read_role = ''"),
                                     {}, 1))
         readable.insert(row.toList().value(0).toLongLong());
     QList<Document> result;
     for (const Document &document : documents())
-        if (!inside.contains(document.id) && readable.contains(document.id))
+        if (readable.contains(document.id))
+            result << document;
+    return result;
+}
+
+QList<E2eArchive::Document> E2eArchive::documentsNotIn(const QString &clipboardName) const
+{
+    QSet<qlonglong> inside;
+    for (const Entry &entry : entries(clipboardName))
+        inside.insert(entry.docId);
+    QList<Document> result;
+    for (const Document &document : readableDocuments())
+        if (!inside.contains(document.id))
             result << document;
     return result;
 }

@@ -40,8 +40,9 @@ public:
     QList<Entry> entries(const QString &clipboardName) const;
     QList<Document> documents() const;
     Document document(qlonglong docId) const;
-    // Documents that are in no entry of the clipboard, readable by the user
-    // (read_role empty), ordered by id.
+    // Documents every user may read (no read role), ordered by id.
+    QList<Document> readableDocuments() const;
+    // The readable documents that are on no entry of the clipboard.
     QList<Document> documentsNotIn(const QString &clipboardName) const;
 
     // Set-up only (before the host runs). A new writeable clipboard of the

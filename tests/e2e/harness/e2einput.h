@@ -32,6 +32,9 @@ public:
     void key(const QString &keys);
     void keyDown(const QString &key);
     void keyUp(const QString &key);
+    // Types ASCII text. xdotool sends other characters by remapping a spare
+    // key for each, which a program may read after the mapping is undone:
+    // such characters get lost now and then, so tests type plain ASCII.
     void type(const QString &text);
     QPoint position() const { return m_position; }
 

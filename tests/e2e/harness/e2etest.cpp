@@ -190,6 +190,25 @@ E2eNode E2eTest::card(qlonglong docId)
     return m_tree.find(currentBoard(), QStringLiteral("heading"), QString::number(docId));
 }
 
+bool E2eTest::isOnBoard(const E2eNode &node)
+{
+    const QRect box = m_tree.extents(node);
+    return !box.isEmpty() && m_tree.extents(currentBoard()).contains(box);
+}
+
+bool E2eTest::scrollIntoView(const E2eNode &node)
+{
+    const QRect page = m_tree.extents(currentBoard());
+    for (int i = 0; i < 40 && !isOnBoard(node); ++i) {
+        const QRect box = m_tree.extents(node);
+        if (box.isEmpty())
+            return false;
+        input().click(page.center(), box.top() < page.top() ? 4 : 5); // wheel up or down
+        QTest::qWait(150);
+    }
+    return isOnBoard(node);
+}
+
 E2eNode E2eTest::cardPart(qlonglong docId, const QString &role, const QString &name)
 {
     const E2eNode heading = card(docId);
@@ -225,10 +244,12 @@ void E2eTest::cleanup()
             outline.write(m_tree.dump(cell, 0).toUtf8());
         qInfo("e2e: accessibility tree: %s", qPrintable(outline.fileName()));
     }
-    for (const QString &program : {QStringLiteral("orvexhost"), QStringLiteral("connectionmanager")}) {
-        const QString target = QDir(artefactFolder()).filePath(stem + QLatin1Char('-') + program + QStringLiteral(".log"));
+    // Every program of the desktop logs into its home folder.
+    const QFileInfoList logs = QDir(m_desktop.home()).entryInfoList({QStringLiteral("*.log")}, QDir::Files);
+    for (const QFileInfo &log : logs) {
+        const QString target = QDir(artefactFolder()).filePath(stem + QLatin1Char('-') + log.fileName());
         QFile::remove(target);
-        if (QFile::copy(m_desktop.logFile(program), target))
-            qInfo("e2e: log of %s: %s", qPrintable(program), qPrintable(target));
+        if (QFile::copy(log.filePath(), target))
+            qInfo("e2e: log of %s: %s", qPrintable(log.baseName()), qPrintable(target));
     }
 }

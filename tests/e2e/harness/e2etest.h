@@ -84,6 +84,11 @@ protected:
     QPoint boardDropPoint();
     // The card of a document on the current board (its heading), invalid if none.
     E2eNode card(qlonglong docId);
+    // Whether the object lies wholly inside the current board's visible area.
+    bool isOnBoard(const E2eNode &node);
+    // Scrolls the current board with the mouse wheel until the object is in
+    // view; false if it does not get there.
+    bool scrollIntoView(const E2eNode &node);
     // A button or other object inside the card of docId, by role and name.
     E2eNode cardPart(qlonglong docId, const QString &role, const QString &name);
 

@@ -37,7 +37,7 @@ public:
         setText(QStringLiteral("Drop documents here\n%1").arg(QDir::toNativeSeparators(folder)));
         setAccessibleName(QStringLiteral("Drop target"));
         setWindowTitle(QStringLiteral("Drop target"));
-        setMinimumSize(360, 300);
+        setMinimumSize(300, 150);
     }
 
 protected:
