@@ -5,6 +5,13 @@ class tst_E2eClipboards : public E2eTest
 {
     Q_OBJECT
 
+    // A tab the filter hides is disabled and takes no room.
+    bool tabShown(const QString &title)
+    {
+        const E2eNode node = tab(title);
+        return tree().extents(node).width() > 1 && tree().hasState(node, E2eAccessibility::Enabled);
+    }
+
 private slots:
     void initTestCase() { QVERIFY2(startProduct(), qPrintable(lastError())); }
     void cleanup() { E2eTest::cleanup(); }
@@ -36,11 +43,11 @@ private slots:
         QVERIFY2(filter.isValid(), "no field named \"Filter clipboards\"");
         input().click(centreOf(filter));
         input().type(QStringLiteral("SUED"));
-        E2E_VERIFY_SOON(!tree().hasState(tab(QStringLiteral("Offene Rechnungen")), E2eAccessibility::Enabled), 10000);
-        QVERIFY(tree().hasState(tab(name), E2eAccessibility::Enabled));
+        E2E_VERIFY_SOON(!tabShown(QStringLiteral("Offene Rechnungen")), 10000);
+        QVERIFY(tabShown(name));
         input().key(QStringLiteral("ctrl+a"));
         input().key(QStringLiteral("BackSpace"));
-        E2E_VERIFY_SOON(tree().hasState(tab(QStringLiteral("Offene Rechnungen")), E2eAccessibility::Enabled), 10000);
+        E2E_VERIFY_SOON(tabShown(QStringLiteral("Offene Rechnungen")), 10000);
 
         // Removed through the board's menu, confirmed in the question that follows.
         QVERIFY(showTab(name));
