@@ -4,20 +4,22 @@
 
 #include "kelarchiveclientinterface.h"
 
-#include <QAtomicInt>
-#include <QMutex>
 #include <QSharedPointer>
-#include <QTemporaryDir>
 
-#include <functional>
+#include <memory>
 
+class OrvexArchiveDocuments;
+class OrvexArchiveSession;
 class OrvexArchiveStore;
-class OrvexContentHash;
-class QSqlDatabase;
+class OrvexArchiveThumbnails;
+class OrvexArchiveTransfer;
+class OrvexArchiveUploads;
 
 // The archive's own archive client. The connection chain checks server, port,
 // login (user, password, tenant) and archive name against the archive's
-// settings; until it has run, every document operation refuses. Exports are
+// settings; until it has run, every document operation refuses. The work is
+// done by its parts: the session (connection and last error), the transfer
+// (chunked copies), the documents, the thumbnails and the uploads. Exports are
 // copied in chunks into a temporary folder of the client with the byte-count
 // signals, uploads are streamed in chunks into the archive's upload folder and
 // hashed on the way; cancelStreaming() stops either between two chunks and
@@ -116,39 +118,9 @@ signals:
     void documentsChanged();
 
 private:
-    struct VersionFile
-    {
-        QString path;
-        QString fileName;
-        int version = 0;
-        int pages = 0;
-        qint64 size = 0;
-    };
-    bool fail(const QString &error);
-    bool requireConnection();
-    // The file of one version (0 or less: the current one) of a readable document.
-    bool versionFile(qlonglong docId, int version, VersionFile &file);
-    bool exportVersion(qlonglong docId, int version, QString &localPath);
-    // Copies in chunks with the byte-count signals (the first chunk's, then at
-    // most one per 50 ms, and the last), feeding hash when given;
-    // false when canceled or failing, and then the target file is gone.
-    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash = nullptr);
-    // Runs copy as the class comment describes (own thread + local event loop on the GUI thread).
-    bool stream(const std::function<bool()> &copy);
-    QString fileNameFor(qlonglong docId, int version);
-
-    QSharedPointer<OrvexArchiveStore> m_store;
-    mutable QMutex m_mutex;
-    QString m_lastError;
-    QString m_server;
-    int m_port = 0;
-    QString m_user;
-    QString m_archive;
-    bool m_open = false;
-    qlonglong m_lastArchivedDocId = 0;
-    int m_chunkSize = ChunkSize;
-    QAtomicInt m_cancel;
-    QAtomicInt m_streaming;
-    QTemporaryDir *m_exportDir = nullptr;
-    int m_exportCount = 0;
+    std::unique_ptr<OrvexArchiveSession> m_session;
+    std::unique_ptr<OrvexArchiveTransfer> m_transfer;
+    std::unique_ptr<OrvexArchiveDocuments> m_documents;
+    std::unique_ptr<OrvexArchiveThumbnails> m_thumbnails;
+    std::unique_ptr<OrvexArchiveUploads> m_uploads;
 };

@@ -5,6 +5,7 @@
 
 #include "orvexpdftools.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
@@ -178,4 +179,13 @@ int OrvexPdfTools::hashDistance(const QByteArray &a, const QByteArray &b)
         if (qAbs(int(uchar(a.at(i))) - int(uchar(b.at(i)))) > kPixelTolerance)
             ++distance;
     return distance;
+}
+
+QByteArray OrvexPdfTools::pngBytes(const QImage &image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
 }

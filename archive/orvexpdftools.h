@@ -34,4 +34,7 @@ public:
     static int hashDistance(const QByteArray &a, const QByteArray &b);
 
     static bool looksLikePdf(const QString &path);
+
+    // The image as PNG bytes.
+    static QByteArray pngBytes(const QImage &image);
 };

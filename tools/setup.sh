@@ -10,7 +10,7 @@ libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev libssl-dev
 xvfb xauth fonts-dejavu-core
 xdotool openbox x11-utils dbus at-spi2-core"
 # Tools: checked by command, since they may come from elsewhere than Debian.
-TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm"
+TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3"
 
 missing=""
 for p in $PACKAGES; do

@@ -2,36 +2,31 @@
 
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
+#include "orvexboardjobs.h"
+#include "orvexcardbridge.h"
+#include "orvexcardscripts.h"
 #include "orvexcbrights.h"
 #include "orvexlog.h"
 #include "orvexmimedata.h"
 #include "qsnackbarevent.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QCursor>
 #include <QDragMoveEvent>
 #include <QDropEvent>
 #include <QFile>
 #include <QIcon>
-#include <QImage>
 #include <QLocale>
 #include <QMessageBox>
 #include <QProgressDialog>
-#include <QRegularExpression>
 #include <QUuid>
 #include <QWebChannel>
 #include <QWebEnginePage>
-#include <QtConcurrent>
-
-#include <algorithm>
 
 namespace {
 
 const QChar kSep(0xFEFF);
 const QString kDragMarker = QStringLiteral("x-application-orvex");
-const QString kDocIdsFormat = QStringLiteral("x-application-orvex-docids");
-const QString kDocsIdsFormat = QStringLiteral("x-application-orvex-docsids");
 
 // Page labels: the English text is the key, the element id is derived from it.
 const char *const kPageLabels[] = {
@@ -45,17 +40,10 @@ const char *const kPageLabels[] = {
     QT_TRANSLATE_NOOP("orvexwbwebview", "Search..."),
 };
 
-// Card and document ids end up unquoted in page handlers (removeCard(123)), so
-// anything but a plain number is refused before a script is built from it.
-bool isNumber(const QString &id)
+// Only ids that may stand in a script are taken (see orvexcardscripts::isId).
+bool isId(const QString &text)
 {
-    static const QRegularExpression number(QStringLiteral("^[0-9]{1,18}$"));
-    return number.match(id).hasMatch();
-}
-
-QString at(const QStringList &list, int index)
-{
-    return index >= 0 && index < list.size() ? list.at(index) : QString();
+    return orvexcardscripts::isId(text);
 }
 
 const QString &cardTemplate()
@@ -80,9 +68,22 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
 
     setAttribute(Qt::WA_MouseTracking);
 
+    m_bridge = new orvexcardbridge(this);
     m_channel = new QWebChannel(page());
     page()->setWebChannel(m_channel);
-    m_channel->registerObject(QStringLiteral("cardHandler"), this);
+    m_channel->registerObject(QStringLiteral("cardHandler"), m_bridge);
+
+    // The jobs report from pool threads; relayed directly, their signals reach
+    // the queued connections below as if the board had sent them.
+    m_jobs = new orvexboardjobs(this);
+    connect(m_jobs, &orvexboardjobs::cardData, this, &orvexwbwebview::cardData, Qt::DirectConnection);
+    connect(m_jobs, &orvexboardjobs::doAddCard, this, &orvexwbwebview::doAddCard, Qt::DirectConnection);
+    connect(m_jobs, &orvexboardjobs::doUpdateComment, this, &orvexwbwebview::doUpdateComment,
+            Qt::DirectConnection);
+    connect(m_jobs, &orvexboardjobs::doRemoveCard, this, &orvexwbwebview::doRemoveCard, Qt::DirectConnection);
+    connect(m_jobs, &orvexboardjobs::doSetCardPixmap, this, &orvexwbwebview::doSetCardPixmap,
+            Qt::DirectConnection);
+    connect(m_jobs, &orvexboardjobs::javascript, this, &orvexwbwebview::javascript, Qt::DirectConnection);
 
     connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript);
     // appendCard has default arguments; the three-argument form is picked by signature.
@@ -113,20 +114,8 @@ orvexwbwebview::~orvexwbwebview()
     stop();
     if (m_archiveClient)
         m_archiveClient->resetConnection();
-    m_channel->deregisterObject(this);
+    m_channel->deregisterObject(m_bridge);
     orvexDebug() << "WEBVIEW DESTROYED";
-}
-
-template<typename Job>
-bool orvexwbwebview::startJob(Job &&job)
-{
-    if (m_stopped)
-        return false;
-    m_futures.erase(std::remove_if(m_futures.begin(), m_futures.end(),
-                                   [](const QFuture<void> &future) { return future.isFinished(); }),
-                    m_futures.end());
-    m_futures.append(QtConcurrent::run(&m_workPool, std::forward<Job>(job)));
-    return true;
 }
 
 // --- plain members ---------------------------------------------------------
@@ -144,8 +133,7 @@ bool orvexwbwebview::isWriteable() const
 
 void orvexwbwebview::updateWriteable()
 {
-    emit javascript(m_writeable ? QStringLiteral("setWriteable(true);null;")
-                                : QStringLiteral("setWriteable(false);null;"));
+    emit javascript(orvexcardscripts::writeable(m_writeable));
 }
 
 QString orvexwbwebview::getId() const
@@ -181,12 +169,8 @@ void orvexwbwebview::setClassifyClient(ClassifyInterface *client)
 
 void orvexwbwebview::updateTranslations()
 {
-    for (auto it = m_translations.cbegin(); it != m_translations.cend(); ++it) {
-        QString labelId = it.key();
-        labelId.remove(QLatin1Char(' ')).remove(QLatin1Char('.'));
-        doJavascript(QStringLiteral("document.getElementById('trans-") + labelId
-                     + QStringLiteral("').innerHTML ='") + it.value() + QStringLiteral("';"));
-    }
+    for (auto it = m_translations.cbegin(); it != m_translations.cend(); ++it)
+        doJavascript(orvexcardscripts::translation(it.key(), it.value()));
 }
 
 void orvexwbwebview::lock()
@@ -216,7 +200,7 @@ QString orvexwbwebview::documentIdOf(const QString &cardId) const
 
 bool orvexwbwebview::isStopped() const
 {
-    return m_stopped;
+    return m_jobs->isStopped();
 }
 
 int orvexwbwebview::cardLimit()
@@ -228,7 +212,7 @@ int orvexwbwebview::cardLimit()
 
 void orvexwbwebview::doJavascript(QString jscript)
 {
-    if (m_stopped)
+    if (isStopped())
         return;
     page()->runJavaScript(jscript);
 }
@@ -267,24 +251,12 @@ void orvexwbwebview::unlock()
 
 void orvexwbwebview::sortCards()
 {
-    emit javascript(QStringLiteral("sortCards();null;"));
+    emit javascript(orvexcardscripts::sortCards());
 }
 
 void orvexwbwebview::stop()
 {
-    m_stopped = true;
-    orvexDebug() << "STOP";
-    const QList<QFuture<void>> futures = m_futures;
-    for (QFuture<void> future : futures) {
-        if (future.isFinished())
-            continue;
-        orvexDebug() << "WAIT FOR FUTURE";
-        // A job still queued is taken out of the pool and never runs; a running
-        // one sees the stopped flag and returns early.
-        future.cancel();
-        future.waitForFinished();
-    }
-    orvexDebug() << "STOPPED";
+    m_jobs->stop();
 }
 
 // --- drags -----------------------------------------------------------------
@@ -319,51 +291,10 @@ void orvexwbwebview::checkDrag()
 
 // --- drops -----------------------------------------------------------------
 
-namespace {
-
-// One of the id formats: UTF-8 text, ";"-separated, ending at the first NUL.
-QStringList idsOfFormat(const QMimeData *data, const QString &format)
-{
-    QByteArray bytes = data->data(format);
-    const int nul = bytes.indexOf('\0');
-    if (nul >= 0)
-        bytes.truncate(nul);
-    const QString text = QString::fromUtf8(bytes).trimmed();
-    // Empty parts stay, so that one missing id cannot shift the pairs after it.
-    return text.isEmpty() ? QStringList() : text.split(QLatin1Char(';'));
-}
-
-} // namespace
-
 bool orvexwbwebview::canAcceptDrop(const QMimeData *data) const
 {
-    return m_writeable && !m_stopped && m_cards.size() < m_cardLimit && data
+    return m_writeable && !isStopped() && m_cards.size() < m_cardLimit && data
            && data->hasFormat(kDragMarker);
-}
-
-void orvexwbwebview::dropLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds)
-{
-    docIds.clear();
-    docsIds.clear();
-    if (!data)
-        return;
-    // Within this process only the program's own data object carries the
-    // marker; a drag from another process or application arrives as plain
-    // QMimeData and has to be read from the id formats.
-    if (auto *own = qobject_cast<const OrvexMimeData *>(data)) {
-        auto *mutableOwn = const_cast<OrvexMimeData *>(own);
-        docIds = mutableOwn->getDocIds();
-        docsIds = mutableOwn->getDocsIds();
-    } else {
-        docIds = idsOfFormat(data, kDocIdsFormat);
-        docsIds = idsOfFormat(data, kDocsIdsFormat);
-    }
-    if (docIds.size() != docsIds.size()) {
-        // Which document belongs to which entry is unknown: nothing is added.
-        orvexWarning() << "DROP REFUSED: id lists differ in length" << docIds << docsIds;
-        docIds.clear();
-        docsIds.clear();
-    }
 }
 
 void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
@@ -391,13 +322,13 @@ void orvexwbwebview::dragMoveEvent(QDragMoveEvent *event)
 void orvexwbwebview::dropEvent(QDropEvent *event)
 {
     const QMimeData *data = event->mimeData();
-    if (!m_writeable || m_stopped || !data || !data->hasFormat(kDragMarker)) {
+    if (!m_writeable || isStopped() || !data || !data->hasFormat(kDragMarker)) {
         event->ignore();
         return;
     }
     orvexDebug() << "DROP EVENT";
     QStringList docIds, docsIds;
-    dropLists(data, docIds, docsIds);
+    OrvexMimeData::readIdLists(data, docIds, docsIds);
     event->setDropAction(event->proposedAction());
     event->accept();
     addDocuments(docIds, docsIds);
@@ -405,7 +336,7 @@ void orvexwbwebview::dropEvent(QDropEvent *event)
 
 int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &docsIds)
 {
-    if (m_stopped || !m_writeable || !m_classifyClient || docIds.size() != docsIds.size())
+    if (isStopped() || !m_writeable || !m_classifyClient || docIds.size() != docsIds.size())
         return 0;
     orvexDebug() << "TRY ADD DOCIDS TO CLIPBOARD" << docIds << docsIds;
 
@@ -426,7 +357,7 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             continue;
         // Refused before the server sees them: an entry there without a card
         // here would be one the user never saw added.
-        if (!isNumber(docId) || !isNumber(docsId)) {
+        if (!isId(docId) || !isId(docsId)) {
             orvexWarning() << "DROP ENTRY REFUSED" << docId << docsId;
             continue;
         }
@@ -438,18 +369,13 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             lastCard = docsId;
             ++added;
         }
-        if (m_stopped)
+        if (isStopped())
             break;
     }
     progress.close();
 
-    if (!lastCard.isEmpty()) {
-        emit javascript(QStringLiteral("sortCards(); var container = $('.mdl-layout__content'); "
-                                       "var scrollTo = $('#section-")
-                        + lastCard
-                        + QStringLiteral("'); container.animate({scrollTop: scrollTo.offset().top - "
-                                         "container.offset().top + container.scrollTop()});null;"));
-    }
+    if (!lastCard.isEmpty())
+        emit javascript(orvexcardscripts::scrollToCard(lastCard));
     QSnackbarEvent(tr("Added %1 document(s) to clipboard %2").arg(QString::number(added), m_tabText)).send();
     return added;
 }
@@ -458,46 +384,30 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
 
 QString orvexwbwebview::countLine() const
 {
-    const int count = m_cards.size();
-    return QStringLiteral("$('#info').text('") + QString::number(count) + QStringLiteral(" / ")
-           + QString::number(m_cardLimit) + QStringLiteral(" (max)');$('#drop_zone').")
-           + (count >= 1 ? QStringLiteral("hide") : QStringLiteral("show")) + QStringLiteral("();null;");
+    return orvexcardscripts::countLine(m_cards.size(), m_cardLimit);
 }
 
 QString orvexwbwebview::appendCard(QString docId, QString docsId, QString comment, bool doAdd)
 {
-    if (m_stopped)
+    if (isStopped())
         return QString();
     if (m_cards.size() >= m_cardLimit)
         return QString();
     if (m_cards.contains(docsId))
         return QString();
-    if (!isNumber(docId) || !isNumber(docsId)) {
+    if (!isId(docId) || !isId(docsId)) {
         orvexWarning() << "APPEND CARD REFUSED" << docId << docsId;
         return QString();
     }
     m_cards.insert(docsId, docId);
 
-    QString html = cardTemplate();
-    html.replace(QLatin1String("###card-id###"), docsId)
-        .replace(QLatin1String("###main-text###"), docId)
-        .replace(QLatin1String("###LOADING###"), tr("Loading..."))
-        .replace(QLatin1String("###NOTICE###"), tr("Notice..."))
-        .replace(QLatin1String("###OPEN###"), tr("Open Document"))
-        .replace(QLatin1String("###REMOVECARD###"), tr("Remove Card"))
-        .replace(QLatin1String("###SHOWCLASSIFY###"), tr("Show Classification"))
-        // Last, so that a note can never supply a placeholder of its own.
-        .replace(QLatin1String("###COMMENT###"),
-                 QString(comment).replace(QLatin1String("'"), QLatin1String("\\'")));
-    html = html.simplified();
-
-    const QString script = QStringLiteral("$('#overview').append('") + html
-                           + QStringLiteral("');getCardPixmap('") + docsId + QStringLiteral("','")
-                           + docId + QStringLiteral("','0','img-") + docsId
-                           + QStringLiteral("');checkButtons(") + docsId + QStringLiteral(");");
+    const orvexcardscripts::CardTexts texts{tr("Loading..."), tr("Notice..."), tr("Open Document"),
+                                            tr("Remove Card"), tr("Show Classification")};
+    const QString html = orvexcardscripts::cardHtml(cardTemplate(), docId, docsId, comment, texts);
+    const QString script = orvexcardscripts::appendCard(html, docId, docsId);
     if (doAdd) {
         emit javascript(script);
-        startJob([this, docsId] { loadCardInfo(docsId); });
+        m_jobs->start([this, docsId] { loadCardInfo(docsId); });
     }
     emit javascript(countLine());
     return script;
@@ -505,16 +415,16 @@ QString orvexwbwebview::appendCard(QString docId, QString docsId, QString commen
 
 void orvexwbwebview::removeCard(QString id, bool doServer)
 {
-    if (!isNumber(id)) {
+    if (!isId(id)) {
         orvexWarning() << "REMOVE CARD REFUSED" << id;
         return;
     }
     if (doServer && m_classifyClient)
         m_classifyClient->removeFromClipboard(m_id, id);
     m_cards.remove(id);
-    page()->runJavaScript(QStringLiteral("$('#img-") + id + QStringLiteral("').data('maxpage');"));
+    page()->runJavaScript(orvexcardscripts::maxPageQuery(id));
     orvexDebug() << "REMOVE CARD!";
-    page()->runJavaScript(QStringLiteral("$('#section-") + id + QStringLiteral("').remove();null;"));
+    page()->runJavaScript(orvexcardscripts::removeCard(id));
     orvexDebug() << "CARDIDS: " << m_cards.size();
     emit javascript(countLine());
 }
@@ -533,66 +443,33 @@ void orvexwbwebview::clearClipboard()
 
 void orvexwbwebview::saveCard(QString id, QString text)
 {
-    if (!m_classifyClient || !isNumber(id))
+    if (!m_classifyClient || !isId(id))
         return;
     m_classifyClient->setClipboardComment(m_id, id, text);
 }
 
-QString orvexwbwebview::readOnlyScript(const QString &id) const
-{
-    if (m_writeable)
-        return QStringLiteral("$('input[type=\"text\"], textarea').removeAttr('readonly');"
-                              "$('#searchtext').removeAttr('readonly');")
-               + QStringLiteral("$(\"#removecard-") + id + QStringLiteral("\").removeAttr('disabled');")
-               + QStringLiteral("$(\"#removebutton-") + id + QStringLiteral("\").removeAttr('disabled');");
-    return QStringLiteral("$('input[type=\"text\"], textarea').attr('readonly','readonly');"
-                          "$('#searchtext').removeAttr('readonly');")
-           + QStringLiteral("$(\"#removecard-") + id + QStringLiteral("\").attr('disabled','disabled');")
-           + QStringLiteral("$(\"#removebutton-") + id + QStringLiteral("\").attr('disabled','disabled');");
-}
-
 void orvexwbwebview::updateComment(QString id, QString comment)
 {
-    if (!isNumber(id))
+    if (!isId(id))
         return;
     // Deliberately unescaped: the notes that reach this point come from the
     // update job, which has escaped them already.
-    const QString &text = comment;
-    const QString dirty = text.isEmpty() ? QStringLiteral("removeClass('is-dirty')")
-                                         : QStringLiteral("addClass('is-dirty')");
-    emit javascript(QStringLiteral("$('#textarea-") + id + QStringLiteral("').parent().") + dirty
-                    + QStringLiteral(";$('#textarea-") + id + QStringLiteral("').val('") + text
-                    + QStringLiteral("');null;"));
-    emit javascript(readOnlyScript(id));
+    emit javascript(orvexcardscripts::note(id, comment));
+    emit javascript(orvexcardscripts::readOnly(id, m_writeable));
 }
 
 void orvexwbwebview::loadCardInfo(QString id)
 {
-    if (m_stopped || !m_classifyClient)
-        return;
-    const QStringList fields = m_classifyClient->getCardInfo(id, QString());
-    if (fields.size() < 5)
-        return;
-    emit cardData(id, fields);
+    m_jobs->loadCardInfo(m_classifyClient, id);
 }
 
 void orvexwbwebview::setCardData(QString id, QStringList data)
 {
-    if (!isNumber(id))
+    if (!isId(id))
         return;
-    QString status = tr("Unkown");
-    QString type = tr("Unkown");
-    const QString comment = at(data, 2).replace(QLatin1String("'"), QLatin1String("\\'"));
-    const QString statusKey = at(data, 6);
-    const QString typeKey = at(data, 3);
-    if (m_statuses.contains(statusKey))
-        status = m_statuses.value(statusKey);
-    if (m_documentTypes.contains(typeKey))
-        type = m_documentTypes.value(typeKey);
-    emit javascript(QStringLiteral("$('#status-") + id + QStringLiteral("').text('") + status
-                    + QStringLiteral("');$('#doctype-") + id + QStringLiteral("').text('") + type
-                    + QStringLiteral("');$('#comment-") + id + QStringLiteral("').text('") + comment
-                    + QStringLiteral("');null;"));
+    const QString status = m_statuses.value(data.value(6), tr("Unkown"));
+    const QString type = m_documentTypes.value(data.value(3), tr("Unkown"));
+    emit javascript(orvexcardscripts::cardData(id, status, type, data.value(2)));
 }
 
 void orvexwbwebview::loadClassificationInfo()
@@ -620,7 +497,7 @@ void orvexwbwebview::loadClassificationInfo()
 
 void orvexwbwebview::reloadCards()
 {
-    if (m_reloading || m_stopped)
+    if (m_reloading || isStopped())
         return;
     m_reloading = true;
 
@@ -632,7 +509,7 @@ void orvexwbwebview::reloadCards()
         progress.setMinimumDuration(3000);
         for (int i = 0; i < entries.size(); ++i) {
             const QStringList parts = entries.at(i).split(kSep);
-            script += appendCard(at(parts, 0), at(parts, 1), at(comments, i), false);
+            script += appendCard(parts.value(0), parts.value(1), comments.value(i), false);
             progress.setValue(i);
         }
     }
@@ -644,78 +521,29 @@ void orvexwbwebview::reloadCards()
 
 void orvexwbwebview::updateCards()
 {
-    if (m_updating || m_stopped)
+    if (m_updating || isStopped())
         return;
     m_updating = true;
     // The job works on a copy taken here: the hash itself belongs to the GUI thread.
     const QHash<QString, QString> cards = m_cards;
-    if (!startJob([this, cards] { updateCardsWorker(cards); }))
-        m_updating = false;
-}
-
-void orvexwbwebview::updateCardsWorker(const QHash<QString, QString> &cards)
-{
-    QHash<QString, QString> stale = cards;
-    if (m_stopped)
-        return;
-
-    ClassifyInterface *client = m_classifyClient;
-    if (!cards.isEmpty() && client) {
-        QString filter = QStringLiteral("docs_id in (");
-        QStringList entries, comments;
-        if (client->getClipboardDocuments(m_id, entries, comments)) {
-            for (int i = 0; i < entries.size(); ++i) {
-                const QStringList parts = entries.at(i).split(kSep);
-                const QString docId = at(parts, 0);
-                const QString docsId = at(parts, 1);
-                if (!isNumber(docId) || !isNumber(docsId))
-                    continue;
-                filter += docsId + QLatin1Char(',');
-                const QString comment = at(comments, i).replace(QLatin1String("'"), QLatin1String("\\'"));
-                if (!cards.contains(docsId))
-                    emit doAddCard(docId, docsId, comment);
-                else
-                    emit doUpdateComment(docsId, comment);
-                if (m_stopped)
-                    break;
-            }
+    const QString clipboardId = m_id;
+    const bool started = m_jobs->start([this, clipboardId, cards] {
+        if (m_jobs->updateCards(m_classifyClient, clipboardId, cards)) {
+            sortCards();
+            m_updating = false;
         }
-        filter += QLatin1String("0)");
-
-        if (!m_stopped) {
-            const QStringList rows =
-                client->searchDocuments({filter, QStringLiteral("OPT:LIMIT;1000")});
-            // An answer without even its header row is a failed query, not an
-            // empty clipboard: the cards stay.
-            if (!rows.isEmpty()) {
-                for (int r = 1; r < rows.size() && !m_stopped; ++r) {
-                    const QStringList fields = rows.at(r).split(kSep);
-                    const QString cardId = at(at(fields, 0).split(QLatin1Char('#')), 1);
-                    stale.remove(cardId);
-                    emit cardData(cardId, fields);
-                }
-                for (auto it = stale.cbegin(); it != stale.cend() && !m_stopped; ++it)
-                    emit doRemoveCard(it.key(), false);
-            }
-        }
-    }
-
-    if (!m_stopped) {
-        sortCards();
+    });
+    if (!started)
         m_updating = false;
-    }
 }
 
 void orvexwbwebview::searchCards(QString text)
 {
-    if (m_stopped)
+    if (isStopped())
         return;
-    QString script;
     if (text == QLatin1String("*")) {
-        for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it)
-            script += QStringLiteral("$('#section-") + it.key() + QStringLiteral("').show();");
-        script += QLatin1String("componentHandler.upgradeDom();null;");
-        emit javascript(script);
+        const QStringList ids = m_cards.keys();
+        emit javascript(orvexcardscripts::showCards(ids, QSet<QString>(ids.cbegin(), ids.cend())));
         return;
     }
     if (!m_classifyClient || m_cards.isEmpty())
@@ -742,13 +570,8 @@ void orvexwbwebview::searchCards(QString text)
 
     QSet<QString> found;
     for (int r = 1; r < rows.size(); ++r)
-        found.insert(at(at(rows.at(r).split(kSep), 0).split(QLatin1Char('#')), 1));
-
-    for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it)
-        script += QStringLiteral("$('#section-") + it.key()
-                  + (found.contains(it.key()) ? QStringLiteral("').show();") : QStringLiteral("').hide();"));
-    script += QLatin1String("componentHandler.upgradeDom();null;");
-    emit javascript(script);
+        found.insert(rows.at(r).split(kSep).value(0).split(QLatin1Char('#')).value(1));
+    emit javascript(orvexcardscripts::showCards(m_cards.keys(), found));
 }
 
 // --- hand-over to the host ---------------------------------------------------
@@ -794,40 +617,18 @@ void orvexwbwebview::setPermissions()
 
 QString orvexwbwebview::getCardPixmap(QString cardid, QString docid, QString curpage)
 {
-    if (m_stopped)
+    if (isStopped())
         return QString();
-    if (!isNumber(cardid) || !isNumber(docid) || !isNumber(curpage)) {
+    if (!isId(cardid) || !isId(docid) || !isId(curpage)) {
         orvexWarning() << "CARD PIXMAP REFUSED" << cardid << docid << curpage;
         return QString();
     }
     if (m_archiveClient)
-        startJob([this, cardid, docid, curpage] { getCardPixmapWorker(cardid, docid, curpage); });
-    emit javascript(QStringLiteral("$('#img-") + cardid + QStringLiteral("').hide();$('#spinner-")
-                    + cardid + QStringLiteral("').show();"));
+        m_jobs->start([this, cardid, docid, curpage] {
+            m_jobs->fetchThumbnail(m_archiveClient, cardid, docid, curpage, m_placeholder);
+        });
+    emit javascript(orvexcardscripts::thumbnailLoading(cardid));
     return QString();
-}
-
-void orvexwbwebview::getCardPixmapWorker(QString cardid, QString docid, QString curpage)
-{
-    if (m_stopped)
-        return;
-    kelArchiveClientInterface *client = m_archiveClient.data();
-    if (!client)
-        return;
-    int pageCount = 0;
-    QString unused;
-    const QByteArray bytes =
-        client->getDocumentThumbnail(docid.toInt(), curpage.toInt(), 800, pageCount, unused, 0, 0, -1);
-    QPixmap pix;
-    if (!bytes.isEmpty()) {
-        const QImage image = QImage::fromData(bytes);
-        if (!image.isNull())
-            pix = QPixmap::fromImage(image);
-    }
-    // Nothing to see, or bytes that are no image: the card shows the placeholder.
-    if (pix.isNull())
-        pix = m_placeholder;
-    emit doSetCardPixmap(cardid, docid, curpage, QString::number(pageCount), pix);
 }
 
 void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount,
@@ -835,36 +636,20 @@ void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpag
 {
     Q_UNUSED(docid)
     Q_UNUSED(curpage)
-    if (m_stopped || !isNumber(cardid) || !isNumber(pageCount))
+    if (isStopped() || !isId(cardid) || !isId(pageCount))
         return;
-    const QString script = QStringLiteral("$('#img-") + cardid + QStringLiteral("').data('maxpage','")
-                           + pageCount + QStringLiteral("');checkButtons(") + cardid
-                           + QStringLiteral(");$('#img-") + cardid + QStringLiteral("').show();$('#spinner-")
-                           + cardid + QStringLiteral("').hide();");
-    startJob([this, cardid, script, pix] { setPix(cardid, script, pix); });
+    const QString script = orvexcardscripts::thumbnailPages(cardid, pageCount);
+    m_jobs->start([this, cardid, script, pix] { setPix(cardid, script, pix); });
 }
 
 void orvexwbwebview::setPix(QString cardid, QString javascript, QPixmap pix)
 {
-    if (m_stopped)
-        return;
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    pix.save(&buffer, "PNG");
-    const QString url = QStringLiteral("data:image/png;base64,") + QString::fromLatin1(bytes.toBase64());
-    emit this->javascript(javascript + QStringLiteral("setCardPixmap('img-") + cardid + QStringLiteral("','")
-                          + url + QStringLiteral("');"));
-    buffer.close();
-    bytes.clear();
+    m_jobs->sendThumbnail(cardid, javascript, pix);
 }
 
 void orvexwbwebview::doReloadCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount)
 {
-    if (!isNumber(cardid) || !isNumber(docid) || !isNumber(curpage) || !isNumber(pageCount))
+    if (!isId(cardid) || !isId(docid) || !isId(curpage) || !isId(pageCount))
         return;
-    emit javascript(QStringLiteral("getCardPixmap('") + cardid + QStringLiteral("','") + docid
-                    + QStringLiteral("','") + curpage + QStringLiteral("','img-") + cardid
-                    + QStringLiteral("');$('#img-") + cardid + QStringLiteral("').data('maxpage','")
-                    + pageCount + QStringLiteral("');checkButtons(") + cardid + QStringLiteral(");"));
+    emit javascript(orvexcardscripts::reloadThumbnail(cardid, docid, curpage, pageCount));
 }

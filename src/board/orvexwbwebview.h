@@ -2,7 +2,6 @@
 
 #include "orvexworkbenchglobal.h"
 
-#include <QFuture>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -11,7 +10,6 @@
 #include <QPointer>
 #include <QString>
 #include <QStringList>
-#include <QThreadPool>
 #include <QTimer>
 #include <QTabBar>
 #include <QWebEngineView>
@@ -25,15 +23,18 @@ class QDropEvent;
 class QMimeData;
 class QWebChannel;
 class kelArchiveClientInterface;
+class orvexboardjobs;
+class orvexcardbridge;
 
-// One clipboard shown as a page of cards. The page (card-webchannel.html) talks
-// to this object through the web channel, where it is published as
-// "cardHandler"; the program talks to the page only through scripts.
+// One clipboard shown as a page of cards. The page (card-webchannel.html) calls
+// the board only through its bridge (orvexcardbridge), which the web channel
+// publishes as "cardHandler"; the program talks to the page only through scripts.
 //
-// Everything that waits on a client runs on the board's own work pool and comes
-// back to the GUI thread through queued signals. stop() cancels the jobs that
-// have not started yet and waits for the running ones; after it, no script
-// reaches the page and no new job starts.
+// Everything that waits on a client runs on the board's own work pool
+// (orvexboardjobs) and comes back to the GUI thread through queued signals.
+// stop() cancels the jobs that have not started yet and waits for the running
+// ones; after it, no script reaches the page and no new job starts. The scripts
+// come from orvexcardscripts.
 class ORVEXWORKBENCH_EXPORT orvexwbwebview : public QWebEngineView
 {
     Q_OBJECT
@@ -80,10 +81,6 @@ public:
     // progress dialog the user may cancel; what was added stays. Sorts, scrolls
     // to the last added card and posts the snackbar message. Returns the count added.
     int addDocuments(const QStringList &docIds, const QStringList &docsIds);
-    // The parallel id lists a drop carries: read from the program's own data
-    // object, or for foreign data from the two id formats. Empty when the lists
-    // do not pair up.
-    static void dropLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds);
 
 signals:
     void doSetCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount, QPixmap pix);
@@ -138,18 +135,9 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
-    void updateCardsWorker(const QHash<QString, QString> &cards);
-    void getCardPixmapWorker(QString cardid, QString docid, QString curpage);
-    // Runs job on the work pool and keeps its future for stop(); false once stopped.
-    template<typename Job>
-    bool startJob(Job &&job);
     QString countLine() const;
-    QString readOnlyScript(const QString &id) const;
 
-    QThreadPool m_workPool;
-    QThreadPool m_secondPool;
-    QList<QFuture<void>> m_futures;
-    std::atomic<bool> m_stopped{false};
+    orvexboardjobs *m_jobs = nullptr;
     QMap<QString, QString> m_translations;
     bool m_writeable = true;
     QMutex m_lock;
@@ -166,6 +154,7 @@ private:
     std::atomic<bool> m_updating{false};
     bool m_reloading = false;
     const int m_cardLimit = 200;
+    orvexcardbridge *m_bridge = nullptr;
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
 };

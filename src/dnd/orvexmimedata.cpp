@@ -19,6 +19,8 @@
 namespace {
 const QString kOrvexUriFormat = QStringLiteral("text/x-orvex-uri");
 const QString kUriListFormat = QStringLiteral("text/uri-list");
+const QString kDocIdsFormat = QStringLiteral("x-application-orvex-docids");
+const QString kDocsIdsFormat = QStringLiteral("x-application-orvex-docsids");
 const QChar kVersionSep(0xFEFF);
 const QChar kInfoSep(0xFFFD);
 
@@ -27,6 +29,18 @@ bool isNumber(const QString &text)
     bool ok = false;
     text.toLongLong(&ok, 10);
     return ok;
+}
+
+// One of the id formats: UTF-8 text, ";"-separated, ending at the first NUL.
+QStringList idsOfFormat(const QMimeData *data, const QString &format)
+{
+    QByteArray bytes = data->data(format);
+    const int nul = bytes.indexOf('\0');
+    if (nul >= 0)
+        bytes.truncate(nul);
+    const QString text = QString::fromUtf8(bytes).trimmed();
+    // Empty parts stay, so that one missing id cannot shift the pairs after it.
+    return text.isEmpty() ? QStringList() : text.split(QLatin1Char(';'));
 }
 
 // A dragged document entry: "4711", or "4711;3" for a chosen version.
@@ -197,6 +211,30 @@ QList<qlonglong> OrvexMimeData::getDocsIdsFromMimeData() const
         docsIds.append(docsId.toLongLong(nullptr, 10));
     }
     return docsIds;
+}
+
+void OrvexMimeData::readIdLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds)
+{
+    docIds.clear();
+    docsIds.clear();
+    if (!data)
+        return;
+    // Within this process only the program's own data object carries the
+    // marker; a drag from another process or application arrives as plain
+    // QMimeData and has to be read from the id formats.
+    if (auto *own = qobject_cast<const OrvexMimeData *>(data)) {
+        docIds = own->m_docIds;
+        docsIds = own->m_docsIds;
+    } else {
+        docIds = idsOfFormat(data, kDocIdsFormat);
+        docsIds = idsOfFormat(data, kDocsIdsFormat);
+    }
+    if (docIds.size() != docsIds.size()) {
+        // Which document belongs to which entry is unknown: nothing is added.
+        orvexWarning() << "DROP REFUSED: id lists differ in length" << docIds << docsIds;
+        docIds.clear();
+        docsIds.clear();
+    }
 }
 
 QStringList OrvexMimeData::formats() const

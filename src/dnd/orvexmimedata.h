@@ -47,6 +47,10 @@ public:
 
     // The stream format of this process.
     static QString documentStreamFormat();
+    // The parallel id lists a drop carries: read from the program's own data
+    // object, or for foreign data from the two id formats. Empty when the lists
+    // do not pair up.
+    static void readIdLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds);
 
     // One local document URL per dragged document; with exportNames the file
     // names are the archive's, and a rights mismatch gives no URLs at all.

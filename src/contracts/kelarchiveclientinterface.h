@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvexworkbenchglobal.h"
+#include "orvexcontractsglobal.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -15,7 +15,7 @@
 // thread waits; implementations must allow that and emit the byte-count signals
 // so that they reach GUI objects queued. cancelStreaming() is called on the GUI
 // thread while a transfer runs and must stop it.
-class ORVEXWORKBENCH_EXPORT kelArchiveClientInterface : public QObject
+class ORVEXCONTRACTS_EXPORT kelArchiveClientInterface : public QObject
 {
     Q_OBJECT
 

@@ -7,6 +7,3 @@
 #else
 #define ORVEXWORKBENCH_EXPORT Q_DECL_IMPORT
 #endif
-
-// Reverse-domain prefix shared by every interface identifier of the workbench.
-#define ORVEX_IID_PREFIX "de.vantrel."

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "orvexworkbenchglobal.h"
-
 #include <QList>
 #include <QPair>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvexworkbenchglobal.h"
+#include "orvexcontractsglobal.h"
 
 #include <QList>
 #include <QMap>
@@ -20,7 +20,7 @@ class kelArchiveClientInterface;
 // plugin library with QPluginLoader and casts the root object to it.
 // The order of the virtual operations is part of the contract: a host built from
 // this header and the plugin must agree on it.
-class ORVEXWORKBENCH_EXPORT TavloDocPluginInterface : public QObject
+class ORVEXCONTRACTS_EXPORT TavloDocPluginInterface : public QObject
 {
     Q_OBJECT
 
