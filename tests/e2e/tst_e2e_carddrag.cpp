@@ -27,7 +27,7 @@ class tst_E2eCardDrag : public E2eTest
         E2eNode image;
         waitFor(
             [&] {
-                const QList<E2eNode> images = tree().findAll(tree().parent(card(docId)), QStringLiteral("image"), {});
+                const QList<E2eNode> images = tree().findAll(tree().parent(card(docId)), QStringLiteral("graphic"), {});
                 image = images.value(0);
                 return image.isValid();
             },
@@ -54,6 +54,7 @@ private slots:
         const E2eNode image = thumbnail(entry.docId);
         QVERIFY2(image.isValid(), "the card's thumbnail has no accessible name");
         const QRect resting = tree().extents(image);
+        QVERIFY(revealTab(kSecond));
 
         input().drag(centreOf(image), centreOf(tab(kSecond)), 900, false);
         const bool switched = waitFor([&] { return isCurrentTab(kSecond); }, 3000);

@@ -23,7 +23,7 @@ class tst_E2eCardEdit : public E2eTest
 
     E2eNode image(qlonglong docId)
     {
-        return tree().findAll(tree().parent(card(docId)), QStringLiteral("image"), {}).value(0);
+        return tree().findAll(tree().parent(card(docId)), QStringLiteral("graphic"), {}).value(0);
     }
 
     QString pageShown(qlonglong docId) { return tree().name(image(docId)); }

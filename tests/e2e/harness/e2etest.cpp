@@ -150,6 +150,14 @@ bool E2eTest::isCurrentTab(const QString &title)
 
 bool E2eTest::showTab(const QString &title)
 {
+    if (!revealTab(title))
+        return false;
+    input().click(centreOf(tab(title)));
+    return waitFor([&] { return isCurrentTab(title); }, 10000);
+}
+
+bool E2eTest::revealTab(const QString &title)
+{
     E2eNode node = waitForNode(QStringLiteral("page tab"), title);
     if (!node.isValid())
         return false;
@@ -163,17 +171,16 @@ bool E2eTest::showTab(const QString &title)
             return false;
         input().click(centreOf(button));
     }
-    if (!bar.contains(m_tree.extents(node)))
-        return false;
-    input().click(centreOf(node));
-    return waitFor([&] { return isCurrentTab(title); }, 10000);
+    return bar.contains(m_tree.extents(node));
 }
 
 E2eNode E2eTest::currentBoard()
 {
     const QList<E2eNode> pages = m_tree.findAll(host(), QStringLiteral("web document"), {});
+    // Pages of hidden tabs still report their size; the tab's own widget does not.
     for (const E2eNode &page : pages) {
-        if (!m_tree.extents(page).isEmpty() && m_tree.hasState(page, E2eAccessibility::Showing))
+        if (!m_tree.extents(page).isEmpty() && !m_tree.extents(m_tree.parent(page)).isEmpty()
+            && m_tree.hasState(page, E2eAccessibility::Showing))
             return page;
     }
     return {};

@@ -78,6 +78,8 @@ protected:
     // Brings the tab to the front with the mouse (scrolling the tab bar to it
     // first if need be); true once it is the current tab.
     bool showTab(const QString &title);
+    // Scrolls the tab bar with its buttons until the tab is in view, without choosing it.
+    bool revealTab(const QString &title);
     // The web page of the clipboard tab shown at present.
     E2eNode currentBoard();
     // A point on the empty part of the current board, below its cards.
