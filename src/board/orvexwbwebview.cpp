@@ -336,7 +336,8 @@ void orvexwbwebview::runCardDrag(const QString &cardId)
     drag->exec(Qt::CopyAction, Qt::CopyAction);
     stopDrag();
     m_cardDragRunning = false;
-    drag->deleteLater();
+    // The drag is Qt's now: a target may still ask for its data after the
+    // drop, and the platform deletes it once the transfer is over.
     emit javascript(orvexcardscripts::dragFinished());
 }
 

@@ -116,7 +116,7 @@ private slots:
         QVERIFY(showTab(kOpen));
         const E2eArchive::Entry entry = archive().entries(kOpen).value(0);
         const E2eNode heading = waitForNode(QStringLiteral("heading"), QString::number(entry.docId), 10000, currentBoard());
-        QVERIFY(heading.isValid());
+        QVERIFY(heading.isValid() && scrollIntoView(heading));
         input().drag(centreOf(heading), folder.area.center(), 500);
 
         const E2eArchive::Document document = archive().document(entry.docId);

@@ -153,7 +153,7 @@ QString E2eAccessibility::text(const E2eNode &node) const
     return reply.arguments().value(0).toString();
 }
 
-bool E2eAccessibility::walk(const E2eNode &node, const Match &match, bool visitCells, int limit,
+bool E2eAccessibility::walk(const E2eNode &node, const Match &match, bool visitCells, bool visitPages, int limit,
                             QList<E2eNode> &found, int depth) const
 {
     if (depth > 60)
@@ -165,8 +165,9 @@ bool E2eAccessibility::walk(const E2eNode &node, const Match &match, bool visitC
             if (found.size() == limit)
                 return true;
         }
-        if ((visitCells || childRole != QLatin1String("table"))
-            && walk(child, match, visitCells, limit, found, depth + 1))
+        const bool skip = (!visitCells && childRole == QLatin1String("table"))
+                          || (!visitPages && childRole == QLatin1String("web document"));
+        if (!skip && walk(child, match, visitCells, visitPages, limit, found, depth + 1))
             return true;
     }
     return false;
@@ -175,8 +176,13 @@ bool E2eAccessibility::walk(const E2eNode &node, const Match &match, bool visitC
 QList<E2eNode> E2eAccessibility::findAll(const E2eNode &root, const Match &match, bool visitCells, int limit) const
 {
     QList<E2eNode> found;
-    if (isConnected() && root.isValid())
-        walk(root, match, visitCells, limit, found, 0);
+    if (!isConnected() || !root.isValid())
+        return found;
+    // From an application or a window the search stays among the widgets;
+    // page contents are searched from the page or an element of it.
+    const QString rootRole = role(root);
+    const bool visitPages = rootRole != QLatin1String("application") && rootRole != QLatin1String("frame");
+    walk(root, match, visitCells, visitPages, limit, found, 0);
     return found;
 }
 

@@ -53,7 +53,9 @@ public:
 
     using Match = std::function<bool(const E2eNode &node, const QString &role, const QString &name)>;
     // Every object below root (depth first, in tree order) that match accepts.
-    // Table cells are only visited when asked for (role "cell").
+    // Table cells are only visited when asked for (role "cell"); the contents
+    // of web pages only when root is a page or inside one, not from an
+    // application or a window (a board of 200 cards is a large tree).
     QList<E2eNode> findAll(const E2eNode &root, const Match &match, bool visitCells = false, int limit = -1) const;
     // The first object below root with this role and name (either may be empty
     // for "any"); invalid when there is none.
@@ -66,8 +68,8 @@ public:
 private:
     QVariant property(const E2eNode &node, const QString &interface, const QString &name) const;
     // True once limit objects are found.
-    bool walk(const E2eNode &node, const Match &match, bool visitCells, int limit, QList<E2eNode> &found,
-              int depth) const;
+    bool walk(const E2eNode &node, const Match &match, bool visitCells, bool visitPages, int limit,
+              QList<E2eNode> &found, int depth) const;
 
     QString m_connectionName;
     QDBusConnection *m_bus = nullptr;

@@ -98,25 +98,30 @@ bool E2eDesktop::startServer(QString *error)
 {
     const QString requested = qEnvironmentVariable("ORVEX_E2E_XSERVER", QStringLiteral("Xvfb"));
     const QString size = QStringLiteral("%1x%2").arg(screenSize().width()).arg(screenSize().height());
-    QStringList arguments{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
-                          QStringLiteral("tcp"), QStringLiteral("-screen")};
-    if (requested == QLatin1String("Xephyr"))
-        arguments << size << QStringLiteral("-title") << QStringLiteral("orvex real-input test");
-    else
-        arguments << QStringLiteral("0") << size + QStringLiteral("x24");
-    // The server writes the number of the free display it picked to stdout.
-    if (!m_server.start(requested, arguments, QProcessEnvironment::systemEnvironment(),
-                        logFile(QStringLiteral("xserver")), true)) {
-        *error = QStringLiteral("%1 did not start").arg(requested);
-        return false;
+    // Display numbers well away from the ones desktops and xvfb-run take; the
+    // server reports on stdout once it listens, or exits when the number is taken.
+    const int first = 200 + int(QCoreApplication::applicationPid() % 500);
+    for (int display = first; display < first + 20; ++display) {
+        QStringList arguments{QLatin1Char(':') + QString::number(display), QStringLiteral("-displayfd"),
+                              QStringLiteral("1"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
+                              QStringLiteral("-screen")};
+        if (requested == QLatin1String("Xephyr"))
+            arguments << size << QStringLiteral("-title") << QStringLiteral("orvex real-input test");
+        else
+            arguments << QStringLiteral("0") << size + QStringLiteral("x24");
+        if (!m_server.start(requested, arguments, QProcessEnvironment::systemEnvironment(),
+                            logFile(QStringLiteral("xserver")), true)) {
+            *error = QStringLiteral("%1 did not start").arg(requested);
+            return false;
+        }
+        if (m_server.readLine(20000) == QString::number(display)) {
+            m_display = QLatin1Char(':') + QString::number(display);
+            return true;
+        }
+        m_server.stop();
     }
-    const QString number = m_server.readLine(20000);
-    if (number.isEmpty()) {
-        *error = QStringLiteral("%1 reported no display; see %2").arg(requested, m_server.logFile());
-        return false;
-    }
-    m_display = QLatin1Char(':') + number;
-    return true;
+    *error = QStringLiteral("%1 found no free display; see %2").arg(requested, logFile(QStringLiteral("xserver")));
+    return false;
 }
 
 bool E2eDesktop::waitForWindowManager()
