@@ -406,7 +406,7 @@ void orvexwbwebview::dragMoveEvent(QDragMoveEvent *event)
 void orvexwbwebview::dropEvent(QDropEvent *event)
 {
     const QMimeData *data = event->mimeData();
-    if (!m_writeable || isStopped() || !data || !data->hasFormat(kDragMarker) || event->source() == this) {
+    if (event->source() == this || !canAcceptDrop(data)) {
         event->ignore();
         return;
     }
