@@ -76,13 +76,20 @@ class tst_E2eDragOut : public E2eTest
         return found;
     }
 
-    void selectRows(const QList<E2eArchive::Document> &documents)
+    // Opens a folder window and drags count rows of the list onto it; the documents dragged.
+    QList<E2eArchive::Document> dragRowsOnto(Folder &folder, int count, bool orvexUri)
     {
-        input().click(rowPoint(documents.first().id));
-        input().keyDown(QStringLiteral("ctrl"));
-        for (int i = 1; i < documents.size(); ++i)
-            input().click(rowPoint(documents.at(i).id));
-        input().keyUp(QStringLiteral("ctrl"));
+        if (!openFolder(folder, orvexUri))
+            return {};
+        const QList<E2eArchive::Document> documents = rows(count);
+        QList<qlonglong> ids;
+        for (const E2eArchive::Document &document : documents)
+            ids << document.id;
+        if (ids.size() != count)
+            return {};
+        selectRows(ids);
+        input().drag(rowPoint(ids.first()), folder.area.center(), 500);
+        return documents;
     }
 
 private slots:
@@ -94,11 +101,8 @@ private slots:
     void rowsOntoAFolder()
     {
         Folder folder;
-        QVERIFY(openFolder(folder, false));
-        const QList<E2eArchive::Document> documents = rows(2);
+        const QList<E2eArchive::Document> documents = dragRowsOnto(folder, 2, false);
         QCOMPARE(documents.size(), 2);
-        selectRows(documents);
-        input().drag(rowPoint(documents.first().id), folder.area.center(), 500);
 
         E2E_VERIFY2_SOON(files(folder).size() == 2, 30000, qPrintable(files(folder).join(", ")));
         for (const E2eArchive::Document &document : documents) {
@@ -130,11 +134,8 @@ private slots:
     void orvexUrlsAreFetched()
     {
         Folder folder;
-        QVERIFY(openFolder(folder, true));
-        const QList<E2eArchive::Document> documents = rows(1);
+        const QList<E2eArchive::Document> documents = dragRowsOnto(folder, 1, true);
         QCOMPARE(documents.size(), 1);
-        selectRows(documents);
-        input().drag(rowPoint(documents.first().id), folder.area.center(), 500);
 
         // Named by document id and remark (the list gives its title as remark).
         E2E_VERIFY2_SOON(files(folder).size() == 1, 30000, qPrintable(files(folder).join(", ")));

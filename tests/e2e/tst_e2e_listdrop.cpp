@@ -24,18 +24,6 @@ class tst_E2eListDrop : public E2eTest
         return ids;
     }
 
-    // Selects the rows as a user does: a click, then Ctrl+click for the others.
-    void selectRows(const QList<qlonglong> &ids)
-    {
-        input().click(rowPoint(ids.first()));
-        if (ids.size() == 1)
-            return;
-        input().keyDown(QStringLiteral("ctrl"));
-        for (int i = 1; i < ids.size(); ++i)
-            input().click(rowPoint(ids.at(i)));
-        input().keyUp(QStringLiteral("ctrl"));
-    }
-
     bool hasDocuments(const QString &clipboard, const QList<qlonglong> &ids)
     {
         QSet<qlonglong> present;

@@ -13,19 +13,24 @@ const QString kComponent = QStringLiteral("org.a11y.atspi.Component");
 const QString kText = QStringLiteral("org.a11y.atspi.Text");
 std::atomic<int> g_connections{0};
 
+// An object reference: (bus name, object path).
+E2eNode readReference(const QDBusArgument &argument)
+{
+    E2eNode node;
+    QDBusObjectPath path;
+    argument.beginStructure();
+    argument >> node.service >> path;
+    argument.endStructure();
+    node.path = path.path();
+    return node;
+}
+
 QList<E2eNode> readReferences(const QDBusArgument &argument)
 {
     QList<E2eNode> nodes;
     argument.beginArray();
-    while (!argument.atEnd()) {
-        E2eNode node;
-        QDBusObjectPath path;
-        argument.beginStructure();
-        argument >> node.service >> path;
-        argument.endStructure();
-        node.path = path.path();
-        nodes << node;
-    }
+    while (!argument.atEnd())
+        nodes << readReference(argument);
     argument.endArray();
     return nodes;
 }
@@ -84,15 +89,7 @@ QList<E2eNode> E2eAccessibility::children(const E2eNode &node) const
 
 E2eNode E2eAccessibility::parent(const E2eNode &node) const
 {
-    const QVariant value = property(node, kAccessible, QStringLiteral("Parent"));
-    const QDBusArgument argument = value.value<QDBusArgument>();
-    E2eNode parent;
-    QDBusObjectPath path;
-    argument.beginStructure();
-    argument >> parent.service >> path;
-    argument.endStructure();
-    parent.path = path.path();
-    return parent;
+    return readReference(property(node, kAccessible, QStringLiteral("Parent")).value<QDBusArgument>());
 }
 
 QVariant E2eAccessibility::property(const E2eNode &node, const QString &interface, const QString &name) const

@@ -137,6 +137,19 @@ QPoint E2eTest::rowPoint(qlonglong docId)
     return cell.isValid() ? centreOf(cell) : QPoint();
 }
 
+void E2eTest::selectRows(const QList<qlonglong> &docIds)
+{
+    if (docIds.isEmpty())
+        return;
+    input().click(rowPoint(docIds.first()));
+    if (docIds.size() == 1)
+        return;
+    input().keyDown(QStringLiteral("ctrl"));
+    for (int i = 1; i < docIds.size(); ++i)
+        input().click(rowPoint(docIds.at(i)));
+    input().keyUp(QStringLiteral("ctrl"));
+}
+
 E2eNode E2eTest::tab(const QString &title)
 {
     return m_tree.find(host(), QStringLiteral("page tab"), title);

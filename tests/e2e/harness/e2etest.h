@@ -73,6 +73,8 @@ protected:
     // The ID cell of the document's row in the list, which must be in view.
     E2eNode documentCell(qlonglong docId);
     QPoint rowPoint(qlonglong docId);
+    // Selects the rows as a user does: a click on the first, Ctrl+click on the others.
+    void selectRows(const QList<qlonglong> &docIds);
     E2eNode tab(const QString &title);
     bool isCurrentTab(const QString &title);
     // Brings the tab to the front with the mouse (scrolling the tab bar to it
