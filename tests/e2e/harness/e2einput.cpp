@@ -7,8 +7,8 @@
 #include <QtMath>
 
 namespace {
-constexpr int kStepPixels = 12;
-constexpr int kStepMs = 15;
+constexpr int kStepPixels = 20;
+constexpr int kStepMs = 12;
 } // namespace
 
 E2eInput::E2eInput(const QProcessEnvironment &desktop)
@@ -22,7 +22,7 @@ bool E2eInput::xdotool(const QStringList &arguments)
     QProcess process;
     process.setProcessEnvironment(m_env);
     process.start(QStringLiteral("xdotool"), arguments);
-    const bool done = process.waitForFinished(10000) && process.exitCode() == 0;
+    const bool done = process.waitForFinished(30000) && process.exitCode() == 0;
     if (!done)
         qWarning("xdotool %s failed: %s", qPrintable(arguments.join(QLatin1Char(' '))),
                  process.readAllStandardError().constData());
@@ -79,24 +79,23 @@ void E2eInput::doubleClick(QPoint at)
 
 void E2eInput::moveHeld(QPoint to, int holdMs)
 {
+    // One xdotool run for the whole motion: steps at a hand's pace (about
+    // 1500 pixels a second), then holding still, which a hand never quite
+    // does: a drag loop needs motion to notice the target under it.
+    const auto at = [](QPoint p) {
+        return QStringList{QStringLiteral("mousemove"), QString::number(qMax(0, p.x())), QString::number(qMax(0, p.y()))};
+    };
+    const auto sleep = [](int ms) { return QStringList{QStringLiteral("sleep"), QString::number(ms / 1000.0, 'f', 3)}; };
     const QPoint from = m_position;
     const QPoint delta = to - from;
     const int steps = qMax(3, int(qSqrt(qreal(delta.x()) * delta.x() + qreal(delta.y()) * delta.y()) / kStepPixels));
-    for (int i = 1; i <= steps; ++i) {
-        const QPoint at = from + delta * i / steps;
-        xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y())});
-        m_position = at;
-        pause(kStepMs);
-    }
-    // Holding still is no event; a drag loop needs motion to notice the target.
-    QDeadlineTimer held(holdMs);
-    int wiggle = 1;
-    while (!held.hasExpired()) {
-        pause(qMin<qint64>(60, qMax<qint64>(0, held.remainingTime())));
-        xdotool({QStringLiteral("mousemove"), QString::number(qMax(0, to.x() + wiggle)), QString::number(qMax(0, to.y()))});
-        wiggle = -wiggle;
-    }
-    xdotool({QStringLiteral("mousemove"), QString::number(qMax(0, to.x())), QString::number(qMax(0, to.y()))});
+    QStringList arguments;
+    for (int i = 1; i <= steps; ++i)
+        arguments << at(from + delta * i / steps) << sleep(kStepMs);
+    for (int held = 0, wiggle = 1; held < holdMs; held += 60, wiggle = -wiggle)
+        arguments << sleep(60) << at(to + QPoint(wiggle, 0));
+    arguments << at(to);
+    xdotool(arguments);
     m_position = to;
     pause(m_slowMs);
 }
