@@ -2,12 +2,12 @@
 
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
+#include "orvexarchiveworker.h"
 #include "orvexboardjobs.h"
 #include "orvexcardbridge.h"
 #include "orvexcardscripts.h"
 #include "orvexcbrights.h"
 #include "orvexlog.h"
-#include "orvexarchiveworker.h"
 #include "orvexmimedata.h"
 #include "qsnackbarevent.h"
 

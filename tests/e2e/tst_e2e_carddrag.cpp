@@ -76,8 +76,7 @@ private slots:
                          "the enlarged preview stayed open after the drag");
     }
 
-    // Failed before: the card's drag was the page's text drag, which the board ignored
-    // (so this passed for the wrong reason: no drag of documents existed).
+    // Passed before, but only because the card's drag was the page's text drag, which no board took.
     void dropBackOnItsOwnBoard()
     {
         QVERIFY(showTab(kOpen));

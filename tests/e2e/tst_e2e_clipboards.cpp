@@ -17,7 +17,7 @@ private slots:
     void cleanup() { E2eTest::cleanup(); }
     void cleanupTestCase() { stopAll(); }
 
-    // Failed before: the "+" button and the tab filter had no accessible names.
+    // Failed before: the "+" button, the tab filter and the board's menu button had no accessible names.
     void createRenameFilterRemove()
     {
         const QString name = QStringLiteral("Ablage Sued");
