@@ -7,8 +7,9 @@ cd "$(dirname "$0")/.."
 
 # Libraries and data: checked by package.
 PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
-libqt5sql5-sqlite libsqlite3-dev libpoppler-qt5-dev libssl-dev
-xvfb xauth fonts-dejavu-core"
+libqt5sql5-sqlite libpoppler-qt5-dev libsqlite3-dev libssl-dev
+xvfb xauth fonts-dejavu-core
+xdotool openbox x11-utils dbus at-spi2-core"
 # Tools: checked by command, since they may come from elsewhere than Debian.
 # desktop-file-validate checks the installed desktop entry; make package needs
 # dpkg-shlibdeps and file.
