@@ -6,6 +6,7 @@
 #include "orvexsamplearchive.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -40,7 +41,8 @@ bool OrvexArchive::open(const QString &location, bool createSampleWhenNew)
         disconnect(m_store.data(), nullptr, this, nullptr);
     QString error;
     m_store = OrvexArchiveStore::shared(location, createSampleWhenNew, &error);
-    if (!m_store || !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
+    // A read-only archive is viewed as it is: it cannot learn a user it does not know, who may read nothing in it.
+    if (!m_store || (!m_store->isReadOnly() && !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error))) {
         m_lastError = error;
         m_store.reset();
         return false;
@@ -65,6 +67,11 @@ void OrvexArchive::watchChanges()
 bool OrvexArchive::isServer() const
 {
     return m_store && m_store->isServer();
+}
+
+bool OrvexArchive::isReadOnly() const
+{
+    return m_store && m_store->isReadOnly();
 }
 
 QString OrvexArchive::lastError() const
@@ -175,7 +182,7 @@ kelArchiveClientInterface *OrvexArchive::archiveClient()
 qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title)
 {
     if (!isOpen()) {
-        m_lastError = QStringLiteral("No archive is open");
+        m_lastError = tr("No archive is open");
         return 0;
     }
     OrvexArchiveStore::FileChanges files;
@@ -187,7 +194,7 @@ qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title
         options.owner = m_user;
         docId = m_store->importFile(db, filePath, options, 0, files, stepError);
         return docId != 0;
-    }, &error);
+    }, &error, tr("%1 was not archived").arg(QFileInfo(filePath).fileName()));
     if (!ok) {
         m_store->undoFiles(files);
         m_lastError = error;

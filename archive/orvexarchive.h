@@ -70,6 +70,10 @@ public:
     QString folder() const;
     bool isOpen() const;
     bool isServer() const;
+    // Open for reading only: this process cannot change the archive (a
+    // read-only folder, database file or mount). Every write then fails with
+    // "The archive is read-only".
+    bool isReadOnly() const;
 
     QString user() const;
     // Default: the operating-system user, on a server the address's user. On a

@@ -2,6 +2,7 @@
 
 #include "orvexpostgresbackend.h"
 #include "orvexsqlitebackend.h"
+#include "orvexstorageerror.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -10,8 +11,12 @@
 #include <QIODevice>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QVariant>
 #include <QTemporaryFile>
+#include <QVariant>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 
 OrvexArchiveBackend::LocalFile::LocalFile() = default;
 OrvexArchiveBackend::LocalFile::~LocalFile() = default;
@@ -26,8 +31,9 @@ void OrvexArchiveBackend::LocalFile::adopt(std::unique_ptr<QTemporaryFile> tempo
 
 OrvexArchiveBackend::Sink::~Sink() = default;
 
-OrvexArchiveBackend::FileSink::FileSink(const QString &path, Completion completion, Writer writer)
+OrvexArchiveBackend::FileSink::FileSink(const QString &path, bool durable, Completion completion, Writer writer)
     : m_file(std::make_unique<QFile>(path))
+    , m_durable(durable)
     , m_completion(std::move(completion))
     , m_writer(std::move(writer))
 {
@@ -41,16 +47,10 @@ OrvexArchiveBackend::FileSink::~FileSink()
     }
 }
 
-QString OrvexArchiveBackend::FileSink::failure() const
-{
-    return QCoreApplication::translate("OrvexArchiveClient", "Cannot write %1: %2").arg(m_file->fileName(), m_file->errorString());
-}
-
 bool OrvexArchiveBackend::FileSink::open(QString &reason)
 {
-    if (!QDir().mkpath(QFileInfo(m_file->fileName()).absolutePath())
-        || !m_file->open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-        reason = failure();
+    if (!m_file->open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        reason = m_file->errorString();
         return false;
     }
     return true;
@@ -58,16 +58,18 @@ bool OrvexArchiveBackend::FileSink::open(QString &reason)
 
 bool OrvexArchiveBackend::FileSink::write(const char *data, qint64 size, QString &reason)
 {
-    if (m_file->write(data, size) == size)
-        return true;
-    reason = failure();
-    return false;
+    return writeFully(*m_file, data, size, &reason);
 }
 
 bool OrvexArchiveBackend::FileSink::finish(QString &reason)
 {
     if (!m_file->flush()) {
-        reason = failure();
+        reason = m_file->errorString();
+        return false;
+    }
+    // Committed later by renaming: its content must be on the disk by then.
+    if (m_durable && ::fsync(m_file->handle()) != 0) {
+        reason = OrvexStorageError::ofErrno(errno);
         return false;
     }
     m_file->close();
@@ -79,7 +81,48 @@ bool OrvexArchiveBackend::FileSink::finish(QString &reason)
     return true;
 }
 
+bool OrvexArchiveBackend::writeFully(QFileDevice &file, const char *data, qint64 size, QString *reason)
+{
+    qint64 done = 0;
+    while (done < size) {
+        // A write that stops short (at a size limit, on a full disk) says
+        // nothing; the next one fails with the system's reason.
+        const qint64 written = file.write(data + done, size - done);
+        if (written <= 0) {
+            *reason = file.error() != QFileDevice::NoError ? file.errorString() : OrvexStorageError::ofErrno(errno);
+            return false;
+        }
+        done += written;
+    }
+    return true;
+}
+
+bool OrvexArchiveBackend::syncFile(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
+}
+
+bool OrvexArchiveBackend::syncFolder(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
+}
+
 OrvexArchiveBackend::~OrvexArchiveBackend() = default;
+
+bool OrvexArchiveBackend::isReadOnly() const
+{
+    return false;
+}
 
 bool OrvexArchiveBackend::isAlive(QSqlDatabase &db) const
 {
@@ -106,7 +149,7 @@ bool OrvexArchiveBackend::nextDocumentNumbers(QSqlDatabase &db, qlonglong &docId
     if (!next.exec(QStringLiteral("SELECT COALESCE(MAX(id), 1000) + 1, COALESCE(MAX(docs_id), 5000), "
                                   "(SELECT COALESCE(MAX(docs_id), 0) FROM clipboard_entries) FROM documents"))
         || !next.next()) {
-        error = reason(next.lastError());
+        error = OrvexStorageError::ofQuery(next);
         return false;
     }
     docId = next.value(0).toLongLong();
@@ -182,7 +225,7 @@ bool OrvexArchiveBackend::replaceRights(QSqlDatabase &db, const QString &clipboa
     for (const QVariant &value : qAsConst(values))
         upsert.addBindValue(value);
     if (!upsert.exec()) {
-        error = reason(upsert.lastError());
+        error = OrvexStorageError::ofQuery(upsert);
         return false;
     }
     QSqlQuery remove(db);
@@ -192,7 +235,7 @@ bool OrvexArchiveBackend::replaceRights(QSqlDatabase &db, const QString &clipboa
     for (const auto &right : rights)
         remove.addBindValue(right.first);
     if (!remove.exec()) {
-        error = reason(remove.lastError());
+        error = OrvexStorageError::ofQuery(remove);
         return false;
     }
     return true;

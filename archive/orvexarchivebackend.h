@@ -13,6 +13,7 @@
 #include <memory>
 
 class QFile;
+class QFileDevice;
 class QIODevice;
 class QSqlError;
 class QTemporaryFile;
@@ -76,28 +77,37 @@ public:
     using Writer = std::function<bool(const Completion &completion, QString &error)>;
 
     // A local file as a sink, written in place; the completion (if any) runs
-    // through the writer once the file is complete.
+    // through the writer once the file is complete. A durable sink's file is on
+    // the disk before the completion runs. Reasons are the system's words.
     class FileSink final : public Sink
     {
     public:
-        explicit FileSink(const QString &path, Completion completion = {}, Writer writer = {});
+        explicit FileSink(const QString &path, bool durable = false, Completion completion = {}, Writer writer = {});
         ~FileSink() override;
         bool open(QString &reason);
         bool write(const char *data, qint64 size, QString &reason) override;
         bool finish(QString &reason) override;
 
     private:
-        QString failure() const;
-
         std::unique_ptr<QFile> m_file;
+        const bool m_durable;
         Completion m_completion;
         Writer m_writer;
         bool m_finished = false;
     };
 
+    // Writes all of data, or fails with the system's reason.
+    static bool writeFully(QFileDevice &file, const char *data, qint64 size, QString *reason);
+    // Waits until a file's content, or a folder's list of names, is on the disk.
+    static bool syncFile(const QString &path);
+    static bool syncFolder(const QString &path);
+
     virtual ~OrvexArchiveBackend();
 
     virtual Dialect dialect() const = 0;
+    // This process cannot change the archive (a read-only folder, database
+    // file or mount): it is open for reading only, and every write is refused.
+    virtual bool isReadOnly() const;
 
     // Checks the location and readies it (folders, reachability). isNew is
     // set when it holds no archive yet. False + error.
@@ -188,9 +198,6 @@ public:
     // endWrite() once the transaction is over, committed or not.
     virtual void writeDone(QSqlDatabase &db);
     virtual void endWrite(bool committed);
-
-    // A sentence for a failed statement that a user may read: never SQL.
-    virtual QString reason(const QSqlError &error) const = 0;
 
     static std::unique_ptr<OrvexArchiveBackend> create(const OrvexArchiveLocation &location);
     // The store's connection of the calling thread, for the file operations.

@@ -3,6 +3,7 @@
 #include "orvexarchivesession.h"
 #include "orvexarchivestore.h"
 #include "orvexarchivetransfer.h"
+#include "orvexstorageerror.h"
 #include "orvexsqlhelpers.h"
 
 #include <QDir>
@@ -119,7 +120,8 @@ bool OrvexArchiveDocuments::exportVersion(qlonglong docId, int version, QString 
     const auto source = [store, stored = file.stored](QString &error) {
         return store->openFile(OrvexArchiveStore::Area::Files, stored, error);
     };
-    if (!m_transfer.copy(source, file.stored, OrvexArchiveTransfer::newLocalFile(target), file.size))
+    if (!m_transfer.copy(source, file.stored, OrvexArchiveTransfer::newLocalFile(target), file.size, nullptr,
+                         tr("document %1 was not exported").arg(docId)))
         return false;
     localPath = target;
     return true;
@@ -287,16 +289,19 @@ bool OrvexArchiveDocuments::deleteDocument(QString docId, QStringList options)
     if (!m_session.requireConnection())
         return false;
     const QString acting = m_session.user();
-    if (!m_session.store()->documentExists(id) || !m_session.store()->mayRead(acting, id))
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    if (!store->documentExists(id) || !store->mayRead(acting, id))
         return m_session.fail(tr("Unknown document %1").arg(id));
-    if (!m_session.store()->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
+    const QString notDeleted = tr("document %1 was not deleted").arg(id);
+    if (store->isReadOnly())
+        return m_session.fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notDeleted));
+    if (!store->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
         return m_session.fail(tr("%1 may not delete documents").arg(acting));
     QString error;
     QStringList afterCommit;
-    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
     if (!store->write([&](QSqlDatabase &db, QString &stepError) {
             return store->removeDocument(db, id, afterCommit, stepError);
-        }, &error))
+        }, &error, notDeleted))
         return m_session.fail(error);
     store->afterRemoval(id, afterCommit);
     return true;

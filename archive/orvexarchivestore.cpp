@@ -6,12 +6,14 @@
 #include "orvexpdftools.h"
 #include "orvexsamplearchive.h"
 #include "orvexsqlhelpers.h"
+#include "orvexstorageerror.h"
 
 #include <QAtomicInteger>
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDate>
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <QHash>
 #include <QIODevice>
@@ -80,6 +82,7 @@ void OrvexArchiveStore::closeAll()
 }
 
 bool OrvexArchiveStore::isOpen() const { return m_open; }
+bool OrvexArchiveStore::isReadOnly() const { return m_backend && m_backend->isReadOnly(); }
 OrvexArchiveLocation OrvexArchiveStore::location() const { return m_location; }
 QString OrvexArchiveStore::folder() const { return m_location.toString(); }
 OrvexArchiveStore::Dialect OrvexArchiveStore::dialect() const { return m_backend->dialect(); }
@@ -251,7 +254,7 @@ bool OrvexArchiveStore::migrate(bool &fresh, QString &error)
         }
         QSqlQuery query(on);
         if (!query.exec(QStringLiteral("SELECT MAX(version) FROM schema_version")) || !query.next()) {
-            readError = tr("The archive database %1 is damaged: %2").arg(folder(), m_backend->reason(query.lastError()));
+            readError = tr("The archive database %1 is damaged: %2").arg(folder(), OrvexStorageError::ofQuery(query));
             return false;
         }
         version = query.value(0).toInt();
@@ -267,6 +270,11 @@ bool OrvexArchiveStore::migrate(bool &fresh, QString &error)
         return false;
     if (version == OrvexArchiveSchema::version())
         return true;
+    if (isReadOnly()) {
+        error = tr("The archive %1 is read-only and needs an upgrade to schema version %2 before it can be opened.")
+                    .arg(QDir::toNativeSeparators(folder())).arg(OrvexArchiveSchema::version());
+        return false;
+    }
 
     return write([&](QSqlDatabase &tx, QString &stepError) {
         // Another process may have set up the archive meanwhile.
@@ -290,29 +298,31 @@ bool OrvexArchiveStore::migrate(bool &fresh, QString &error)
         // A new archive gets what every archive holds.
         fresh = from == 0;
         return !fresh || OrvexSampleArchive::seed(tx, stepError);
-    }, &error);
+    }, &error, tr("the archive was not upgraded"));
 }
 
-bool OrvexArchiveStore::write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error)
+bool OrvexArchiveStore::write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error,
+                              const QString &notStored)
 {
+    const auto fail = [&](const QString &reason) {
+        if (error)
+            *error = notStored.isEmpty() ? reason : OrvexStorageError::describe(reason, notStored);
+        return false;
+    };
+    if (isReadOnly())
+        return fail(OrvexStorageError::readOnly());
     QString message;
     QSqlDatabase db = database(&message);
-    if (!db.isOpen()) {
-        if (error)
-            *error = message.isEmpty() ? tr("The archive is not open") : message;
-        return false;
-    }
+    if (!db.isOpen())
+        return fail(message.isEmpty() ? tr("The archive is not open") : message);
     // A file database takes one writer at a time inside this process; other
     // processes (and a server's other sessions) are held off by the database.
     std::unique_ptr<QMutexLocker> locker;
     if (m_backend->serializesWrites())
         locker = std::make_unique<QMutexLocker>(&m_writeMutex);
     QSqlQuery control(db);
-    if (!exec(control, m_backend->beginWrite(), message)) {
-        if (error)
-            *error = tr("The archive is busy: %1").arg(message);
-        return false;
-    }
+    if (!exec(control, m_backend->beginWrite(), message))
+        return fail(message);
     bool ok = m_backend->startWrite(db, message) && work(db, message);
     if (ok)
         m_backend->writeDone(db);
@@ -321,11 +331,9 @@ bool OrvexArchiveStore::write(const std::function<bool(QSqlDatabase &, QString &
     if (!ok) {
         QString ignored;
         exec(control, QStringLiteral("ROLLBACK"), ignored);
-        if (error)
-            *error = message.isEmpty() ? tr("The change was not stored") : message;
     }
     m_backend->endWrite(ok);
-    return ok;
+    return ok || fail(message.isEmpty() ? tr("The change was refused") : message);
 }
 
 QString OrvexArchiveStore::setting(const QString &key, const QString &fallback)
@@ -436,7 +444,7 @@ bool OrvexArchiveStore::ensureUser(const QString &user, QString *error)
                                       "ON CONFLICT DO NOTHING"));
         member.addBindValue(user);
         return exec(member, stepError);
-    }, error);
+    }, error, tr("the user %1 was not added").arg(user));
 }
 
 void OrvexArchiveStore::undoFiles(const FileChanges &changes)
@@ -630,7 +638,7 @@ bool OrvexArchiveStore::saveUploadInspection(const QString &uploadId, const Orve
                 return false;
         }
         return true;
-    }, error);
+    }, error, tr("the duplicate check was not stored"));
 }
 
 std::unique_ptr<QIODevice> OrvexArchiveStore::openFile(Area area, const QString &name, QString &error)

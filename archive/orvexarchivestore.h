@@ -58,6 +58,9 @@ public:
     // when createSample) when it holds none yet. False + error.
     bool open(const OrvexArchiveLocation &location, bool createSample, QString *error);
     bool isOpen() const;
+    // True when this process cannot change the archive (a read-only folder,
+    // database file or mount): it is then open for reading only.
+    bool isReadOnly() const;
     OrvexArchiveLocation location() const;
     // The folder, or the server address without password.
     QString folder() const;
@@ -69,8 +72,12 @@ public:
     QSqlDatabase database(QString *error = nullptr);
 
     // Runs work inside one transaction; a false return or a failed commit
-    // rolls everything back. work sets error when it refuses.
-    bool write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error);
+    // rolls everything back. work sets its error when it refuses (or passes
+    // on a storage reason); error then gets "<reason>: <notStored>", where
+    // notStored says what the user lost ("Rechnung.pdf was not archived").
+    // A read-only archive refuses every write.
+    bool write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error,
+               const QString &notStored = {});
 
     QString setting(const QString &key, const QString &fallback = {});
 

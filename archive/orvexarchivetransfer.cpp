@@ -2,6 +2,7 @@
 
 #include "orvexarchivesession.h"
 #include "orvexcontenthash.h"
+#include "orvexstorageerror.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -51,22 +52,26 @@ OrvexArchiveTransfer::OpenSink OrvexArchiveTransfer::newLocalFile(const QString 
 }
 
 bool OrvexArchiveTransfer::copy(const OpenSource &openSource, const QString &sourceName, const OpenSink &openSink,
-                                qint64 total, OrvexContentHash *hash)
+                                qint64 total, OrvexContentHash *hash, const QString &notStored)
 {
-    return stream([&] { return copyChunked(openSource, sourceName, openSink, total, hash); });
+    return stream([&] { return copyChunked(openSource, sourceName, openSink, total, hash, notStored); });
 }
 
 bool OrvexArchiveTransfer::copyChunked(const OpenSource &openSource, const QString &sourceName,
-                                       const OpenSink &openSink, qint64 total, OrvexContentHash *hash)
+                                       const OpenSink &openSink, qint64 total, OrvexContentHash *hash,
+                                       const QString &notStored)
 {
     QString error;
     const std::unique_ptr<QIODevice> source = openSource(error);
     if (!source)
         return m_session.fail(error);
+    const auto notWritten = [&](const QString &reason) {
+        return m_session.fail(OrvexStorageError::describe(reason, notStored));
+    };
     // Whatever the sink holds when it goes unfinished is thrown away.
     std::unique_ptr<OrvexArchiveBackend::Sink> sink = openSink(error);
     if (!sink)
-        return m_session.fail(error);
+        return notWritten(error);
     const int chunk = m_chunkSize.loadAcquire();
     m_totalBytes(QString::number(total));
     qint64 done = 0;
@@ -89,7 +94,7 @@ bool OrvexArchiveTransfer::copyChunked(const OpenSource &openSource, const QStri
         if (read == 0)
             break;
         if (!sink->write(buffer.constData(), read, error))
-            return m_session.fail(error);
+            return notWritten(error);
         if (hash)
             hash->addData(buffer.constData(), read);
         done += read;
@@ -101,7 +106,7 @@ bool OrvexArchiveTransfer::copyChunked(const OpenSource &openSource, const QStri
     if (m_cancel.loadAcquire())
         return m_session.fail(tr("The transfer was canceled."));
     if (!sink->finish(error))
-        return m_session.fail(error);
+        return notWritten(error);
     return true;
 }
 

@@ -39,9 +39,11 @@ public:
     void setChunkSize(int bytes);
     // Copies the source's total bytes into the sink, feeding hash when given;
     // false when canceled or failing, with the reason kept in the session,
-    // and then nothing of it is kept. sourceName names the source in errors.
+    // and then nothing of it is kept. sourceName names the source in errors;
+    // a failed write names the system's or server's reason and notStored
+    // ("Rechnung.pdf was not archived").
     bool copy(const OpenSource &openSource, const QString &sourceName, const OpenSink &openSink, qint64 total,
-              OrvexContentHash *hash = nullptr);
+              OrvexContentHash *hash, const QString &notStored);
     void cancel();
 
     // A local file to read, and one to write.
@@ -50,7 +52,7 @@ public:
 
 private:
     bool copyChunked(const OpenSource &openSource, const QString &sourceName, const OpenSink &openSink, qint64 total,
-                     OrvexContentHash *hash);
+                     OrvexContentHash *hash, const QString &notStored);
     // Runs copy as the class comment describes.
     bool stream(const std::function<bool()> &copy);
 

@@ -6,6 +6,7 @@
 #include "orvexcontenthash.h"
 #include "orvexpdftools.h"
 #include "orvexsqlhelpers.h"
+#include "orvexstorageerror.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -46,6 +47,9 @@ bool OrvexArchiveUploads::sendFile(QString filePath, QString &uploadId)
     const QFileInfo info(filePath);
     if (!info.isFile() || !info.isReadable())
         return m_session.fail(tr("Cannot read %1").arg(filePath));
+    const QString notArchived = tr("%1 was not archived").arg(info.fileName());
+    if (m_session.store()->isReadOnly())
+        return m_session.fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notArchived));
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString suffix = info.suffix().toLower();
     const QString relative = id + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
@@ -92,7 +96,7 @@ bool OrvexArchiveUploads::sendFile(QString filePath, QString &uploadId)
                                                                             relative, row, error);
         return file ? std::make_unique<Counting>(std::move(file), size) : nullptr;
     };
-    if (!m_transfer.copy(OrvexArchiveTransfer::localFile(filePath), filePath, sink, info.size(), &hash))
+    if (!m_transfer.copy(OrvexArchiveTransfer::localFile(filePath), filePath, sink, info.size(), &hash, notArchived))
         return false;
     uploadId = id;
     return true;
@@ -187,7 +191,7 @@ QStringList OrvexArchiveUploads::checkDuplicates(QString archiveData, QString fi
     if (!inspection.pageHashes.isEmpty()) {
         QSqlQuery pages(db);
         if (!pages.exec(QStringLiteral("SELECT doc_id, version, page, hash FROM page_hashes ORDER BY doc_id, version, page"))) {
-            m_session.fail(pages.lastError().text());
+            m_session.fail(OrvexStorageError::ofQuery(pages));
             return {};
         }
         while (pages.next()) {
@@ -269,7 +273,7 @@ bool OrvexArchiveUploads::commitUpload(QString uploadId)
         status.finish();
         docId = store->importContent(db, upload.file, upload.content, options, 0, files, stepError);
         return docId != 0;
-    }, &error);
+    }, &error, tr("%1 was not archived").arg(upload.originalName));
     if (!ok) {
         // The file was moved last: only the commit itself failed after it.
         store->undoFiles(files);

@@ -86,7 +86,7 @@ bool OrvexClassifyClient::writeAs(const std::function<bool(QSqlDatabase &, QStri
 {
     QString error;
     const QSharedPointer<OrvexArchiveStore> current = store(error);
-    if (!current || !current->write(work, &error))
+    if (!current || !current->write(work, &error, tr("the clipboard was not changed")))
         return fail(error);
     return true;
 }
@@ -319,7 +319,7 @@ QStringList OrvexClassifyClient::getAllRoles()
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("SELECT id FROM roles ORDER BY CASE kind WHEN 'system' THEN 0 WHEN 'group' THEN 1 "
                                    "WHEN 'directory' THEN 2 ELSE 3 END, id"))) {
-        fail(query.lastError().text());
+        fail(OrvexStorageError::ofQuery(query));
         return {};
     }
     QStringList roles;
@@ -362,7 +362,7 @@ bool OrvexClassifyClient::tableRows(const QString &table, QStringList &rows)
         return fail(error);
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("SELECT key, name FROM %1 ORDER BY key").arg(table)))
-        return fail(query.lastError().text());
+        return fail(OrvexStorageError::ofQuery(query));
     rows.clear();
     while (query.next())
         rows << query.value(0).toString() + kSep + query.value(1).toString();
@@ -482,12 +482,15 @@ bool OrvexClassifyClient::getClipboards(QList<QPair<QString, QString>> &clipboar
     query.addBindValue(acting);
     if (!exec(query, error))
         return fail(error);
+    // Nobody edits a read-only archive.
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    const bool readOnly = current && current->isReadOnly();
     QList<QPair<QString, QString>> visible;
     while (query.next()) {
         const int right = query.value(2).toInt();
         if (right > 0)
-            visible.append({query.value(0).toString(),
-                            query.value(1).toString() + kSep + (right == 2 ? QStringLiteral("W") : QStringLiteral("R"))});
+            visible.append({query.value(0).toString(), query.value(1).toString() + kSep
+                                                           + (right == 2 && !readOnly ? QStringLiteral("W") : QStringLiteral("R"))});
     }
     clipboards = visible;
     return true;

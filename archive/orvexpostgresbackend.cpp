@@ -720,11 +720,6 @@ QObject *OrvexPostgresBackend::watch(std::function<void(int)> onChange, QObject 
     return new Listener(*this, std::move(onChange), parent);
 }
 
-QString OrvexPostgresBackend::reason(const QSqlError &error) const
-{
-    return describe(error);
-}
-
 QString OrvexPostgresBackend::describe(const QSqlError &error)
 {
     const QString code = error.nativeErrorCode();

@@ -72,8 +72,6 @@ public:
 
     QObject *watch(std::function<void(int topics)> onChange, QObject *parent) override;
 
-    QString reason(const QSqlError &error) const override;
-
     // The stored name of a file of an area ("files/1001/v1.pdf").
     static QString storedName(Area area, const QString &name);
     // Writes a file's bytes into file_chunks of file fileId inside the caller's

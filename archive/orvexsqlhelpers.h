@@ -1,33 +1,29 @@
 #pragma once
 
-#include "orvexarchiveglobal.h"
+#include "orvexstorageerror.h"
 
-#include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
 
 // Small helpers the archive's store and clients share.
 namespace OrvexSql {
 
-// A failed statement's reason, in words a user may read: on a server the
-// refusal as a sentence (never SQL), in a file the database's text.
-ORVEXARCHIVE_EXPORT QString reason(const QSqlQuery &query);
-
-// Runs a prepared query; on failure the reason goes to error.
+// Runs a prepared query; on failure the reason a user may read goes to error
+// (the statement and the database's own text go to the log).
 inline bool exec(QSqlQuery &query, QString &error)
 {
     if (query.exec())
         return true;
-    error = reason(query);
+    error = OrvexStorageError::ofQuery(query);
     return false;
 }
 
-// Runs a statement without parameters; on failure the reason goes to error.
+// Runs a statement without parameters, likewise.
 inline bool exec(QSqlQuery &query, const QString &sql, QString &error)
 {
     if (query.exec(sql))
         return true;
-    error = reason(query);
+    error = OrvexStorageError::ofQuery(query);
     return false;
 }
 

@@ -1,6 +1,7 @@
 #include "orvexsqlitebackend.h"
 
 #include "orvexsqlhelpers.h"
+#include "orvexstorageerror.h"
 
 #include <QAtomicInteger>
 #include <QDir>
@@ -15,6 +16,9 @@
 #include <QUrl>
 #include <QVariant>
 
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -25,10 +29,70 @@ QAtomicInteger<quint64> g_nextWatcher{1};
 bool execText(QSqlDatabase &db, const QString &sql, QString &error)
 {
     QSqlQuery query(db);
-    if (query.exec(sql))
-        return true;
-    error = QStringLiteral("%1 (%2)").arg(query.lastError().text(), sql.left(60));
-    return false;
+    return exec(query, sql, error);
+}
+
+// Whether this process can change the archive in folder: whether it can create
+// a file there, and open the database for writing. Asking the file system, not
+// the permission bits, gives the truth for root and for read-only mounts alike.
+struct Writability
+{
+    bool folder = false;
+    bool database = false;
+};
+
+Writability probeWriting(const QString &folder, const QString &database)
+{
+    Writability result;
+    const QByteArray probe = QFile::encodeName(folder + QStringLiteral("/.orvex-write-probe-%1").arg(::getpid()));
+    const int created = ::open(probe.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (created >= 0) {
+        ::close(created);
+        ::unlink(probe.constData());
+        result.folder = true;
+    }
+    const int opened = ::open(QFile::encodeName(database).constData(), O_RDWR | O_CLOEXEC);
+    if (opened >= 0) {
+        ::close(opened);
+        result.database = true;
+    }
+    return result;
+}
+
+// Copies a file into the archive and makes the copy durable; false with the
+// operating system's reason, and no copy left behind.
+bool storeCopy(const QString &from, const QString &to, QString *reason)
+{
+    QFile source(from);
+    if (!source.open(QIODevice::ReadOnly)) {
+        *reason = source.errorString();
+        return false;
+    }
+    QFile target(to);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        *reason = target.errorString();
+        return false;
+    }
+    const auto abandon = [&](const QString &why) {
+        *reason = why;
+        target.close();
+        target.remove();
+        return false;
+    };
+    QByteArray buffer(256 * 1024, Qt::Uninitialized);
+    for (;;) {
+        const qint64 read = source.read(buffer.data(), buffer.size());
+        if (read < 0)
+            return abandon(source.errorString());
+        if (read == 0)
+            break;
+        QString why;
+        if (!OrvexArchiveBackend::writeFully(target, buffer.constData(), read, &why))
+            return abandon(why);
+    }
+    if (::fsync(target.handle()) != 0)
+        return abandon(OrvexStorageError::ofErrno(errno));
+    return true;
 }
 
 // One FTS5 expression from the user's term: alternatives joined by " OR ", each
@@ -148,16 +212,25 @@ bool OrvexSqliteBackend::prepare(bool createIfMissing, bool &isNew, QString &err
             return false;
         }
         if (!QDir().mkpath(m_folder)) {
-            error = QStringLiteral("Cannot create the archive folder %1").arg(m_folder);
+            error = OrvexStorageError::describe(OrvexStorageError::ofErrno(errno),
+                                                tr("the archive folder %1 was not created").arg(QDir::toNativeSeparators(m_folder)));
             return false;
         }
     } else if (!QFileInfo(databasePath()).isFile()) {
         error = QStringLiteral("%1 is not a database file").arg(databasePath());
         return false;
     }
+    m_readOnly = false;
+    m_folderWritable = true;
+    if (!isNew) {
+        const Writability writable = probeWriting(m_folder, databasePath());
+        m_readOnly = !writable.folder || !writable.database;
+        m_folderWritable = writable.folder;
+    }
     for (const QString &sub : {areaPath(Area::Files), cachePath(), areaPath(Area::Uploads)}) {
-        if (!QFileInfo(sub).isDir() && !QDir().mkpath(sub)) {
-            error = QStringLiteral("Cannot create the folder %1").arg(sub);
+        if (!m_readOnly && !QFileInfo(sub).isDir() && !QDir().mkpath(sub)) {
+            error = OrvexStorageError::describe(OrvexStorageError::ofErrno(errno),
+                                                tr("the folder %1 was not created").arg(QDir::toNativeSeparators(sub)));
             return false;
         }
     }
@@ -169,19 +242,32 @@ QSqlDatabase OrvexSqliteBackend::connect(const QString &name, bool create, QStri
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
     // Only the first connection may create the file; later ones must find it, so
     // that a database removed behind our back is reported instead of recreated.
-    const QString url = QUrl::fromLocalFile(databasePath()).toString(QUrl::FullyEncoded)
-        + (create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw"));
-    db.setDatabaseName(url);
+    // A read-only archive is opened for reading only; in a folder where the
+    // database's shared-memory file cannot be made, it is opened as immutable,
+    // which needs no such file (the log of a writer that did not finish, if
+    // any, is still read).
+    QString mode = create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw");
+    if (m_readOnly) {
+        mode = QStringLiteral("?mode=ro");
+        const QFileInfo log(databasePath() + QStringLiteral("-wal"));
+        if (!m_folderWritable && (!log.exists() || log.size() == 0))
+            mode += QStringLiteral("&immutable=1");
+    }
+    db.setDatabaseName(QUrl::fromLocalFile(databasePath()).toString(QUrl::FullyEncoded) + mode);
     db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=15000"));
     if (!db.open()) {
-        error = QStringLiteral("Cannot open the archive database %1: %2").arg(databasePath(), db.lastError().text());
+        error = tr("Cannot open the archive database %1: %2")
+                    .arg(QDir::toNativeSeparators(databasePath()), OrvexStorageError::ofDatabase(db, db.lastError()));
         return db;
     }
+    // A commit returns once the archive's data is on the disk, so that a
+    // power cut cannot take back a change that was reported as stored.
     QString pragmaError;
     if ((create && !execText(db, QStringLiteral("PRAGMA journal_mode = WAL"), pragmaError))
         || !execText(db, QStringLiteral("PRAGMA foreign_keys = ON"), pragmaError)
-        || !execText(db, QStringLiteral("PRAGMA synchronous = NORMAL"), pragmaError)) {
-        error = QStringLiteral("%1 is not an archive database or is damaged: %2").arg(databasePath(), pragmaError);
+        || !execText(db, QStringLiteral("PRAGMA synchronous = FULL"), pragmaError)) {
+        error = tr("%1 is not an archive database or is damaged: %2")
+                    .arg(QDir::toNativeSeparators(databasePath()), pragmaError);
         db.close();
     }
     return db;
@@ -196,9 +282,10 @@ QString OrvexSqliteBackend::beginWrite() const
 
 bool OrvexSqliteBackend::tables(QSqlDatabase &db, QStringList &names, QString &error)
 {
+    // Something that is not an SQLite database fails on its first query.
     QSqlQuery probe(db);
     if (!probe.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
-        error = QStringLiteral("%1 is not an archive database: %2").arg(databasePath(), probe.lastError().text());
+        error = tr("%1 is not an archive database: %2").arg(QDir::toNativeSeparators(databasePath()), OrvexStorageError::ofQuery(probe));
         return false;
     }
     names.clear();
@@ -248,15 +335,15 @@ bool OrvexSqliteBackend::storeFile(QSqlDatabase &db, Area area, const QString &n
     Q_UNUSED(docId)
     const QString target = areaPath(area) + QLatin1Char('/') + name;
     if (!QDir().mkpath(QFileInfo(target).absolutePath())) {
-        error = QStringLiteral("Cannot create a folder for the document in %1").arg(areaPath(area));
+        error = OrvexStorageError::ofErrno(errno);
         return false;
     }
     QFile::remove(target);
-    if (!QFile::copy(sourcePath, target)) {
-        error = QStringLiteral("Cannot store the document file in %1").arg(areaPath(area));
+    if (!storeCopy(sourcePath, target, &error)) // the copy is gone again then
         return false;
-    }
     written << target;
+    // The file's name must be on the disk before the commit that points to it.
+    syncFolder(QFileInfo(target).absolutePath());
     return true;
 }
 
@@ -268,15 +355,18 @@ bool OrvexSqliteBackend::moveFile(QSqlDatabase &db, Area fromArea, const QString
     const QString source = areaPath(fromArea) + QLatin1Char('/') + from;
     const QString target = areaPath(toArea) + QLatin1Char('/') + to;
     if (!QDir().mkpath(QFileInfo(target).absolutePath())) {
-        error = QStringLiteral("Cannot create a folder for the document in %1").arg(areaPath(toArea));
+        error = OrvexStorageError::ofErrno(errno);
         return false;
     }
     QFile::remove(target);
-    if (!QFile::rename(source, target)) {
-        error = QStringLiteral("Cannot store the document file in %1").arg(areaPath(toArea));
+    if (::rename(QFile::encodeName(source).constData(), QFile::encodeName(target).constData()) != 0) {
+        error = OrvexStorageError::ofErrno(errno);
         return false;
     }
     moved << source + QLatin1Char('|') + target;
+    // Both names must be on the disk before the commit that points to the new one.
+    syncFolder(QFileInfo(source).absolutePath());
+    syncFolder(QFileInfo(target).absolutePath());
     return true;
 }
 
@@ -328,7 +418,11 @@ std::unique_ptr<OrvexArchiveBackend::Sink> OrvexSqliteBackend::createFile(Area a
                                                                         Completion completion, Writer writer,
                                                                         QString &error)
 {
-    auto sink = std::make_unique<FileSink>(areaPath(area) + QLatin1Char('/') + name, std::move(completion),
+    if (m_readOnly) {
+        error = OrvexStorageError::readOnly();
+        return {};
+    }
+    auto sink = std::make_unique<FileSink>(areaPath(area) + QLatin1Char('/') + name, true, std::move(completion),
                                            std::move(writer));
     if (!sink->open(error))
         return {};
@@ -443,9 +537,4 @@ int OrvexSqliteBackend::foreignChanges(const QHash<QString, qlonglong> &now)
         expected = qMax(expected, it.value());
     }
     return topics;
-}
-
-QString OrvexSqliteBackend::reason(const QSqlError &error) const
-{
-    return error.text();
 }

@@ -2,6 +2,7 @@
 
 #include "orvexarchivebackend.h"
 
+#include <QCoreApplication>
 #include <QHash>
 #include <QMutex>
 
@@ -13,6 +14,9 @@
 // a watcher can tell this process's own writes from those of others.
 class OrvexSqliteBackend final : public OrvexArchiveBackend
 {
+    // Its texts are the store's.
+    Q_DECLARE_TR_FUNCTIONS(OrvexArchiveStore)
+
 public:
     explicit OrvexSqliteBackend(const QString &folder);
     ~OrvexSqliteBackend() override;
@@ -25,6 +29,7 @@ public:
     QString cachePath() const;
 
     Dialect dialect() const override { return Dialect::Sqlite; }
+    bool isReadOnly() const override { return m_readOnly; }
     bool prepare(bool createIfMissing, bool &isNew, QString &error) override;
     QSqlDatabase connect(const QString &name, bool create, QString &error) override;
     QString beginWrite() const override;
@@ -60,8 +65,6 @@ public:
     void writeDone(QSqlDatabase &db) override;
     void endWrite(bool committed) override;
 
-    QString reason(const QSqlError &error) const override;
-
     static bool readRevisions(QSqlDatabase &db, QHash<QString, qlonglong> &revisions);
     // The topics whose change counters stand higher than the last look plus
     // this process's own changes since explain: changes made by others.
@@ -71,6 +74,8 @@ private:
     QString imagePath(const ImageKey &key) const;
 
     const QString m_folder;
+    bool m_readOnly = false;      // set by prepare(), constant afterwards
+    bool m_folderWritable = true; // likewise
     mutable QMutex m_revisionsMutex;
     bool m_watching = false;              // own changes are counted once a watcher has looked
     QHash<QString, qlonglong> m_expected; // the counters as the last look saw them, plus own changes since

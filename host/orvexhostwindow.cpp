@@ -65,6 +65,9 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     });
     connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
     connect(m_snackbars, &OrvexSnackbarFilter::snackbar, statusBar(), &QStatusBar::showMessage);
+    // The status bar paints its message itself; as its accessible name a
+    // screen reader (and the real-input tests) can read it too.
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setAccessibleName);
     connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
     updateDocumentCount();
 }
@@ -81,9 +84,10 @@ void OrvexHostWindow::setDocuments(const QList<OrvexArchiveDocument> &documents)
     selectDocuments(selected);
 }
 
-void OrvexHostWindow::setArchiveFolder(const QString &folder)
+void OrvexHostWindow::setArchiveFolder(const QString &folder, bool readOnly)
 {
-    setWindowTitle(tr("Orvex Host – %1").arg(QDir::toNativeSeparators(folder)));
+    setWindowTitle(readOnly ? tr("Orvex Host – %1 (read-only)").arg(QDir::toNativeSeparators(folder))
+                            : tr("Orvex Host – %1").arg(QDir::toNativeSeparators(folder)));
 }
 
 void OrvexHostWindow::setUserName(const QString &user)

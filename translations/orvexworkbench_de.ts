@@ -151,10 +151,6 @@
         <translation>Das Hochladen von %1 wurde abgebrochen.</translation>
     </message>
     <message>
-        <source>The archive&apos;s answer to the duplicate check of %1 could not be read.</source>
-        <translation>Die Antwort des Archivs auf die Dublettenprüfung von %1 ist nicht lesbar.</translation>
-    </message>
-    <message>
         <source>DocId: %1 / Version: %2 / Page: %3</source>
         <translation>DocId: %1 / Version: %2 / Seite: %3</translation>
     </message>
@@ -169,6 +165,22 @@
     <message>
         <source>%1 was not archived: it duplicates archived documents.</source>
         <translation>%1 wurde nicht archiviert: Der Inhalt ist bereits im Archiv vorhanden.</translation>
+    </message>
+    <message>
+        <source>Duplicate Check</source>
+        <translation>Dublettenprüfung</translation>
+    </message>
+    <message>
+        <source>The archive reports that %1 may duplicate archived documents, but its answer could not be read.</source>
+        <translation>Das Archiv meldet, dass %1 archivierte Dokumente doppeln könnte, aber seine Antwort ist nicht lesbar.</translation>
+    </message>
+    <message>
+        <source>Archive the file anyway?</source>
+        <translation>Die Datei trotzdem archivieren?</translation>
+    </message>
+    <message>
+        <source>Archive Anyway</source>
+        <translation>Trotzdem archivieren</translation>
     </message>
 </context>
 <context>
@@ -359,6 +371,10 @@
         <source>Add New Clipboard</source>
         <translation>Neue Zwischenablage hinzufügen</translation>
     </message>
+    <message>
+        <source>Filter clipboards</source>
+        <translation>Zwischenablagen filtern</translation>
+    </message>
 </context>
 <context>
     <name>orvexwbwebview</name>
@@ -441,6 +457,50 @@
     <message>
         <source>Added %1 document(s) to clipboard %2</source>
         <translation>%1 Dokument(e) zur Zwischenablage %2 hinzugefügt</translation>
+    </message>
+    <message>
+        <source>Run search</source>
+        <translation>Suche starten</translation>
+    </message>
+    <message>
+        <source>Clear search</source>
+        <translation>Suche zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Clipboard menu</source>
+        <translation>Menü der Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Card menu</source>
+        <translation>Kartenmenü</translation>
+    </message>
+    <message>
+        <source>First page</source>
+        <translation>Erste Seite</translation>
+    </message>
+    <message>
+        <source>Previous page</source>
+        <translation>Vorige Seite</translation>
+    </message>
+    <message>
+        <source>Next page</source>
+        <translation>Nächste Seite</translation>
+    </message>
+    <message>
+        <source>Last page</source>
+        <translation>Letzte Seite</translation>
+    </message>
+    <message>
+        <source>Page %1 of %2</source>
+        <translation>Seite %1 von %2</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 is read-only: documents cannot be added to it.</source>
+        <translation>Die Zwischenablage %1 ist schreibgeschützt: Es können keine Dokumente hinzugefügt werden.</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 is full: it holds at most %2 documents.</source>
+        <translation>Die Zwischenablage %1 ist voll: Sie fasst höchstens %2 Dokumente.</translation>
     </message>
 </context>
 <context>
