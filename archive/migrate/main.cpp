@@ -15,10 +15,11 @@
 namespace {
 enum ExitCode { Copied = 0, Usage = 1, Failed = 2, Different = 3 };
 
-QString tr(const char *text)
+// The command's texts.
+struct OrvexArchiveMigrate
 {
-    return QCoreApplication::translate("orvexarchive-migrate", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(OrvexArchiveMigrate)
+};
 } // namespace
 
 int main(int argc, char *argv[])
@@ -32,19 +33,19 @@ int main(int argc, char *argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        tr("Copies the archive at SOURCE into the empty archive at TARGET and compares both: the rows of every "
+        OrvexArchiveMigrate::tr("Copies the archive at SOURCE into the empty archive at TARGET and compares both: the rows of every "
            "table and the content hash of every document file.\n"
            "SOURCE and TARGET are archive folders or server addresses (postgresql://user@host:port/database); "
            "on a server, connect as the role that owns the archive's tables.\n"
            "Exit codes: 0 copied and equal, 1 bad command line, 2 not copied, 3 copied but different."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("SOURCE"), tr("The archive to copy, e.g. ~/.local/share/orvex/archive."));
-    parser.addPositionalArgument(QStringLiteral("TARGET"), tr("The empty archive to fill, e.g. postgresql://orvex@db/orvex."));
+    parser.addPositionalArgument(QStringLiteral("SOURCE"), OrvexArchiveMigrate::tr("The archive to copy, e.g. ~/.local/share/orvex/archive."));
+    parser.addPositionalArgument(QStringLiteral("TARGET"), OrvexArchiveMigrate::tr("The empty archive to fill, e.g. postgresql://orvex@db/orvex."));
     parser.process(app);
     const QStringList arguments = parser.positionalArguments();
     if (arguments.size() != 2) {
-        err << tr("orvexarchive-migrate: give SOURCE and TARGET.") << "\n\n" << parser.helpText();
+        err << OrvexArchiveMigrate::tr("orvexarchive-migrate: give SOURCE and TARGET.") << "\n\n" << parser.helpText();
         return Usage;
     }
 
@@ -60,7 +61,7 @@ int main(int argc, char *argv[])
     // A folder without an archive would be made into a new, empty one.
     if (locations[0].isFolder()
         && !QFileInfo(locations[0].folder() + QLatin1Char('/') + QLatin1String(OrvexSqliteBackend::DatabaseFile)).isFile()) {
-        err << "orvexarchive-migrate: " << tr("There is no archive in %1.").arg(QDir::toNativeSeparators(locations[0].folder())) << '\n';
+        err << "orvexarchive-migrate: " << OrvexArchiveMigrate::tr("There is no archive in %1.").arg(QDir::toNativeSeparators(locations[0].folder())) << '\n';
         return Failed;
     }
 
@@ -68,17 +69,17 @@ int main(int argc, char *argv[])
     OrvexArchiveStore target;
     QString error;
     if (!source.open(locations[0], false, &error)) {
-        err << "orvexarchive-migrate: " << tr("The archive %1 cannot be opened: %2").arg(locations[0].toString(), error) << '\n';
+        err << "orvexarchive-migrate: " << OrvexArchiveMigrate::tr("The archive %1 cannot be opened: %2").arg(locations[0].toString(), error) << '\n';
         return Failed;
     }
     if (!target.open(locations[1], false, &error)) {
-        err << "orvexarchive-migrate: " << tr("The archive %1 cannot be opened: %2").arg(locations[1].toString(), error) << '\n';
+        err << "orvexarchive-migrate: " << OrvexArchiveMigrate::tr("The archive %1 cannot be opened: %2").arg(locations[1].toString(), error) << '\n';
         return Failed;
     }
     OrvexArchiveCopy copy(source, target, [&](const QString &line) { out << line << Qt::endl; });
-    out << tr("Copying %1 into %2").arg(locations[0].toString(), locations[1].toString()) << Qt::endl;
+    out << OrvexArchiveMigrate::tr("Copying %1 into %2").arg(locations[0].toString(), locations[1].toString()) << Qt::endl;
     if (!copy.copy(error)) {
-        err << "orvexarchive-migrate: " << tr("Nothing was copied: %1").arg(error) << '\n';
+        err << "orvexarchive-migrate: " << OrvexArchiveMigrate::tr("Nothing was copied: %1").arg(error) << '\n';
         return Failed;
     }
     QStringList findings;
@@ -87,13 +88,13 @@ int main(int argc, char *argv[])
         out << line << '\n';
     const QStringList missing = copy.usersWithoutLogin();
     if (!missing.isEmpty())
-        out << tr("These archive users have no login role on the server yet; create one each "
+        out << OrvexArchiveMigrate::tr("These archive users have no login role on the server yet; create one each "
                   "(CREATE ROLE \"name\" LOGIN PASSWORD '...'): %1").arg(missing.join(QStringLiteral(", ")))
             << '\n';
     if (!same) {
-        err << "orvexarchive-migrate: " << tr("The copy differs from its source.") << '\n';
+        err << "orvexarchive-migrate: " << OrvexArchiveMigrate::tr("The copy differs from its source.") << '\n';
         return Different;
     }
-    out << tr("Done: the copy holds the same as its source.") << Qt::endl;
+    out << OrvexArchiveMigrate::tr("Done: the copy holds the same as its source.") << Qt::endl;
     return Copied;
 }
