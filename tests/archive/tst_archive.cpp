@@ -211,14 +211,8 @@ void tst_Archive::initTestCase()
     QVERIFY2(m_pg, qPrintable(error));
     qInfo("test server started in %lld ms", timer.elapsed());
     timer.start();
-    {
-        // Set up by the owner of the tables, worked on by the local user.
-        OrvexArchive setup;
-        const QString address = m_pg->createDatabase(QStringLiteral("archive"), &error);
-        QVERIFY2(!address.isEmpty(), qPrintable(error));
-        QVERIFY2(setup.open(address), qPrintable(setup.lastError()));
-        QVERIFY2(m_pg->createArchiveUsers(QStringLiteral("archive"), &error), qPrintable(error));
-    }
+    // Set up by the owner of the tables, worked on by the local user.
+    QVERIFY2(m_pg->createSampleArchive(QStringLiteral("archive"), &error), qPrintable(error));
     QVERIFY2(m_server.open(m_pg->address(QStringLiteral("archive"), m_localUser)), qPrintable(m_server.lastError()));
     qInfo("server sample archive created in %lld ms", timer.elapsed());
 }

@@ -60,11 +60,7 @@ void tst_ServerFaults::initTestCase()
     QString error;
     m_pg = TestPgServer::instance(&error);
     QVERIFY2(m_pg, qPrintable(error));
-    {
-        OrvexArchive setup;
-        QVERIFY2(setup.open(m_pg->createDatabase(kDatabase, &error)), qPrintable(setup.lastError() + error));
-        QVERIFY(m_pg->createArchiveUsers(kDatabase, &error));
-    }
+    QVERIFY2(m_pg->createSampleArchive(kDatabase, &error), qPrintable(error));
     m_localUser = OrvexArchive().user();
     QVERIFY2(m_archive.open(m_pg->address(kDatabase, m_localUser)), qPrintable(m_archive.lastError()));
 }

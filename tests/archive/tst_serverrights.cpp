@@ -38,11 +38,7 @@ void tst_ServerRights::initTestCase()
     QString error;
     m_pg = TestPgServer::instance(&error);
     QVERIFY2(m_pg, qPrintable(error));
-    OrvexArchive archive;
-    const QString address = m_pg->createDatabase(kDatabase, &error);
-    QVERIFY2(!address.isEmpty(), qPrintable(error));
-    QVERIFY2(archive.open(address), qPrintable(archive.lastError()));
-    QVERIFY2(m_pg->createArchiveUsers(kDatabase, &error), qPrintable(error));
+    QVERIFY2(m_pg->createSampleArchive(kDatabase, &error), qPrintable(error));
     QVERIFY2(m_pg->run(kDatabase, {QStringLiteral("DO $$ BEGIN CREATE ROLE outsider LOGIN; "
                                                   "EXCEPTION WHEN duplicate_object THEN NULL; END $$")}, &error),
              qPrintable(error));

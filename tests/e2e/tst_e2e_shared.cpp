@@ -3,7 +3,6 @@
 // the other's board at once, a user who may only view cannot add and is told
 // so, and a change of rights reaches the other's board.
 #include "e2etest.h"
-#include "orvexarchive.h"
 #include "testpgserver.h"
 
 #include <QDeadlineTimer>
@@ -83,12 +82,7 @@ private slots:
         QString error;
         m_pg = TestPgServer::instance(&error);
         QVERIFY2(m_pg, qPrintable(error));
-        {
-            OrvexArchive setup;
-            const QString owner = m_pg->createDatabase(kDatabase, &error);
-            QVERIFY2(!owner.isEmpty() && setup.open(owner), qPrintable(error + setup.lastError()));
-            QVERIFY2(m_pg->createArchiveUsers(kDatabase, &error), qPrintable(error));
-        }
+        QVERIFY2(m_pg->createSampleArchive(kDatabase, &error), qPrintable(error));
         QVERIFY2(startDesktop(m_pg->address(kDatabase, kWriter)), qPrintable(lastError()));
         // Side by side, each host as its own user.
         QVERIFY2(product().startHost(&error, {QStringLiteral("-geometry"), QStringLiteral("800x1150+0+0")}), qPrintable(error));

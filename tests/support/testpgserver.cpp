@@ -1,5 +1,7 @@
 #include "testpgserver.h"
 
+#include "orvexarchive.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -284,6 +286,17 @@ QString TestPgServer::createDatabase(const QString &name, QString *error)
 QString TestPgServer::address(const QString &database, const QString &user) const
 {
     return QStringLiteral("postgresql://%1@/%2?host=%3&port=%4").arg(user, database, m_folder).arg(m_port);
+}
+
+bool TestPgServer::createSampleArchive(const QString &database, QString *error)
+{
+    const QString owner = createDatabase(database, error);
+    if (owner.isEmpty())
+        return false;
+    OrvexArchive setup;
+    if (!setup.open(owner))
+        return fail(error, setup.lastError());
+    return createArchiveUsers(database, error);
 }
 
 bool TestPgServer::createArchiveUsers(const QString &database, QString *error)

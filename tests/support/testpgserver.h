@@ -49,6 +49,9 @@ public:
     QString address(const QString &database, const QString &user) const;
     // Login roles for every user of the archive in database.
     bool createArchiveUsers(const QString &database, QString *error = nullptr);
+    // A new database with the sample archive, set up by orvex_owner, and login
+    // roles for its users (needs a QGuiApplication, for the sample's PDFs).
+    bool createSampleArchive(const QString &database, QString *error = nullptr);
     // Runs statements as the bootstrap superuser in database.
     bool run(const QString &database, const QStringList &statements, QString *error = nullptr);
     // The rows of a query (fields joined by '|') as the superuser.

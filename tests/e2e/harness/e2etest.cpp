@@ -30,8 +30,6 @@ bool E2eTest::waitFor(const std::function<bool()> &condition, int timeoutMs)
 
 bool E2eTest::startProduct(const std::function<bool(E2eArchive &)> &prepare)
 {
-    if (!m_desktop.start(&m_error))
-        return false;
     const QString folder = m_scratch.filePath(QStringLiteral("archive"));
     m_archive.reset(new E2eArchive(folder));
     if (prepare) {
@@ -42,15 +40,7 @@ bool E2eTest::startProduct(const std::function<bool(E2eArchive &)> &prepare)
             return false;
         }
     }
-    m_product.reset(new E2eProduct(m_desktop, folder));
-    m_input.reset(new E2eInput(m_desktop.environment()));
-    if (!m_product->startConnectionManager(&m_error))
-        return false;
-    if (!m_tree.connectTo(m_desktop.accessibilityBusAddress())) {
-        m_error = QStringLiteral("no accessibility bus on %1").arg(m_desktop.display());
-        return false;
-    }
-    return restartHost();
+    return startDesktop(folder) && restartHost();
 }
 
 bool E2eTest::startDesktop(const QString &archive)
