@@ -4,6 +4,7 @@
 #include "orvexarchiveclient.h"
 #include "orvexarchivestore.h"
 #include "orvexarchivelocation.h"
+#include "orvexarchiveschema.h"
 #include "orvexarchivetranslations.h"
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
@@ -146,6 +147,7 @@ private slots:
     // Opening archives, the plugin library
     void sampleArchive();
     void emptyArchiveWithoutSample();
+    void olderArchiveIsUpgraded();
     void unusableFolders_data();
     void unusableFolders();
     void unusableServers_data();
@@ -1256,6 +1258,37 @@ void tst_Archive::emptyArchiveWithoutSample()
     QCOMPARE(info.value(0).section(kInfoSep, 3, 3) + info.value(1).section(kInfoSep, 3, 3), QStringLiteral("pngpng"));
     QCOMPARE(archive.archiveClient()->getAllVersions(int(bare)).value(0).split(kSep).mid(9), QStringList({"image/png", "scan", "scan_v1.png"}));
     QVERIFY(archive.importFile(m_scratch.filePath(QStringLiteral("missing.pdf"))) == 0 && !archive.lastError().isEmpty());
+}
+
+// An archive made before the change counters keeps its content and learns them.
+void tst_Archive::olderArchiveIsUpgraded()
+{
+    if (onServer())
+        QSKIP("Archives on servers start at the current version");
+    const QString folder = m_dir.filePath(QStringLiteral("older"));
+    QStringList statements{QStringLiteral("CREATE TABLE schema_version(version INTEGER NOT NULL)")};
+    for (int step = 0; step < 2; ++step)
+        statements << OrvexArchiveSchema::step(step, OrvexArchiveBackend::Dialect::Sqlite)
+                   << QStringLiteral("INSERT INTO schema_version(version) VALUES (%1)").arg(step + 1);
+    statements << QStringLiteral("INSERT INTO roles(id, kind, display_name) VALUES ('tavloUSER', 'system', 'All users')")
+               << QStringLiteral("INSERT INTO clipboards(uuid, name, owner, created) VALUES ('c1', 'Alt', 'jemand', '')");
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(makeDatabase(folder + QStringLiteral("/archive.sqlite"), statements));
+
+    OrvexArchive archive;
+    QVERIFY2(archive.open(folder, false), qPrintable(archive.lastError()));
+    const QStringList rows = archiveSnapshot(folder);
+    QCOMPARE(rows.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))),
+             (QStringList{"schema_version|1", "schema_version|2", "schema_version|3"}));
+    QVERIFY(rows.contains(QStringLiteral("clipboards|c1|Alt|jemand|")));
+    // Its changes are counted from now on, so other processes hear of them.
+    OrvexArchiveStore elsewhere;
+    QString error;
+    QVERIFY2(elsewhere.open(OrvexArchiveLocation::parse(folder), false, &error), qPrintable(error));
+    elsewhere.watchChanges();
+    QSignalSpy seen(&elsewhere, &OrvexArchiveStore::changedElsewhere);
+    QVERIFY(!archive.classifyClient()->createClipboard(QStringLiteral("Neu")).isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!seen.isEmpty(), 1000);
 }
 
 void tst_Archive::unusableFolders_data()
