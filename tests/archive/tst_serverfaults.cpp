@@ -42,6 +42,7 @@ private slots:
     void serverDiesDuringUpload();
     void serverDiesDuringNoteSave();
     void listenerComesBack();
+    void largeFileStreamsInChunks();
 
 private:
     QString clipboardId(const QString &name);
@@ -206,6 +207,40 @@ void tst_ServerFaults::listenerComesBack()
     // ... and what changes from now on.
     QVERIFY(!m_archive.classifyClient()->createClipboard(QStringLiteral("Nach dem Neustart")).isEmpty());
     QTRY_VERIFY_WITH_TIMEOUT(!seen.isEmpty(), 1000);
+}
+
+// The highest resident set size of this process so far, in kB.
+static qint64 peakMemory()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong();
+    return -1;
+}
+
+// A large file goes to the server and back a chunk at a time, never whole in memory.
+void tst_ServerFaults::largeFileStreamsInChunks()
+{
+    auto *client = static_cast<OrvexArchiveClient *>(m_archive.archiveClient());
+    QFile big(m_dir.filePath(QStringLiteral("gross.tif")));
+    QVERIFY(big.open(QIODevice::WriteOnly));
+    const QByteArray block(1024 * 1024, 'y');
+    const int megabytes = 96;
+    for (int i = 0; i < megabytes; ++i)
+        QVERIFY(big.write(block) == block.size());
+    big.close();
+    const qint64 before = peakMemory();
+    QString uploadId;
+    QVERIFY2(client->sendFile(big.fileName(), uploadId), qPrintable(client->getLastError()));
+    QCOMPARE(m_pg->rows(kDatabase, QStringLiteral("SELECT size FROM files WHERE name LIKE 'uploads/%'")),
+             QStringList{QString::number(qint64(megabytes) * block.size())});
+    client->discardUpload(uploadId);
+    const qint64 growth = peakMemory() - before;
+    qInfo("peak memory grew by %lld kB for a %d MB upload", growth, megabytes);
+    QVERIFY2(growth < megabytes * 1024 / 3, qPrintable(QStringLiteral("grew by %1 kB").arg(growth)));
 }
 
 QTEST_MAIN(tst_ServerFaults)
