@@ -1,7 +1,8 @@
 // Two hosts as two users on one archive server, side by side on one desktop,
-// driven with real input: what one user does to a shared clipboard shows on
-// the other's board at once, a user who may only view cannot add and is told
-// so, and a change of rights reaches the other's board.
+// driven with real input: a card one user drops on a shared clipboard, or
+// removes from it, shows on the other's board at once, a user who may only
+// view cannot add and is told so, and a change of rights reaches the other's
+// board.
 #include "e2etest.h"
 #include "testpgserver.h"
 
@@ -123,6 +124,16 @@ private slots:
         qInfo("the other board showed the card after %lld ms", shown);
         QVERIFY2(shown >= 0, "the card never reached the other board");
         QVERIFY2(shown <= kLive, qPrintable(QStringLiteral("the other board followed after %1 ms").arg(shown)));
+
+        // Removed with the card's own button, it leaves the other board as well.
+        QVERIFY(scrollIntoView(card(id)));
+        const E2eNode remove = cardPart(id, QStringLiteral("push button"), QStringLiteral("Remove Card"));
+        QVERIFY2(remove.isValid(), "no button to remove the card");
+        input().click(centreOf(remove));
+        QVERIFY(timeUntil([&] { return entries().size() == before; }, 30000) >= 0);
+        const qint64 gone = timeUntil([&] { return !hasCard(viewerBoard, id); }, 10000);
+        qInfo("the card left the other board after %lld ms", gone);
+        QVERIFY2(gone >= 0 && gone <= kLive, qPrintable(QStringLiteral("the card left the other board after %1 ms").arg(gone)));
     }
 
     // Failed before: nothing told a user who may only view why a drop was refused.
