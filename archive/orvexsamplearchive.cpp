@@ -222,6 +222,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
     }
     const QString localUser = OrvexArchiveStore::operatingSystemUser();
     OrvexArchiveStore::FileChanges files;
+    QList<qlonglong> ids;
     const bool ok = store.write([&](QSqlDatabase &db, QString &stepError) {
         const QString roleSql = QStringLiteral("INSERT INTO roles(id, kind, display_name, password_hash) VALUES (?, ?, ?, ?) ON CONFLICT DO NOTHING");
         const QList<QStringList> groups{
@@ -252,7 +253,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
                     return false;
         }
 
-        QList<qlonglong> ids;
+        ids.clear();
         for (int index = 0; index < DocumentCount; ++index) {
             const SampleDocument d = sample(index);
             qlonglong docId = 0;
@@ -309,5 +310,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
     }, error);
     if (!ok)
         store.undoFiles(files);
+    else
+        store.renderAhead(ids);
     return ok;
 }
