@@ -72,5 +72,5 @@ void OrvexRenderAhead::renderOne(qlonglong docId)
         return;
     const QImage image = OrvexPdfTools::renderPage(local.path(), 0, CardImageSize, error);
     if (!image.isNull())
-        m_store.backend().cacheImage(key, OrvexPdfTools::pngBytes(image));
+        m_store.backend().cacheImage(key, OrvexPdfTools::quickPngBytes(image));
 }

@@ -10,7 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-#include <QSaveFile>
+#include <QTemporaryFile>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QThread>
@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 #include <utility>
@@ -479,9 +480,15 @@ void OrvexSqliteBackend::cacheImage(const ImageKey &key, const QByteArray &png)
     const QString path = imagePath(key);
     if (m_readOnly || !QDir().mkpath(QFileInfo(path).absolutePath()))
         return;
-    QSaveFile save(path);
-    if (!save.open(QIODevice::WriteOnly) || save.write(png) != png.size() || !save.commit())
+    // Written beside and renamed into place, so that a reader never sees half
+    // an image; not synced, since a lost cache entry only costs a render.
+    QTemporaryFile partial(path + QStringLiteral(".XXXXXX"));
+    if (!partial.open() || partial.write(png) != png.size() || !partial.flush())
         return;
+    partial.close();
+    if (::rename(QFile::encodeName(partial.fileName()).constData(), QFile::encodeName(path).constData()) != 0)
+        return;
+    partial.setAutoRemove(false);
     noteUse(path, png.size());
     QMutexLocker locker(&m_cacheMutex);
     trimCache();
