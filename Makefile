@@ -5,7 +5,7 @@ BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all setup configure build test demo translations clean
+.PHONY: all setup configure build test demo package translations clean
 
 all: build
 
@@ -24,6 +24,10 @@ test: build
 # Extra host options: make demo DEMO_ARGS="--archive /tmp/my-archive"
 demo: build
 	@sh tools/demo.sh $(BUILD_DIR) $(DEMO_ARGS)
+
+# The Debian package of the installed tree, in $(BUILD_DIR)/orvexworkbench_<version>_<arch>.deb.
+package: build
+	cmake --build $(BUILD_DIR) --target package
 
 # Refreshes the catalogues from the sources; translate the new entries with
 # Qt Linguist (linguist translations/orvexworkbench_de.ts) and commit them.

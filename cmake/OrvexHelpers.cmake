@@ -22,8 +22,9 @@ endfunction()
 # orvex_add_translations(<target> <qrc name> <ts files...>)
 #
 # Compiles the catalogues with lrelease at build time and builds them into the
-# target's resources under :/translations/<name>.qm. 'make translations' at the
-# top runs lupdate on the .ts files.
+# target's resources under :/translations/<name>.qm; the .qm files are also
+# installed, for tools and translators. 'make translations' at the top runs
+# lupdate on the .ts files.
 function(orvex_add_translations target qrc_name)
   set(ts_files ${ARGN})
   set_source_files_properties(${ts_files} PROPERTIES OUTPUT_LOCATION ${CMAKE_CURRENT_BINARY_DIR}/translations)
@@ -36,4 +37,5 @@ function(orvex_add_translations target qrc_name)
   set(qrc ${CMAKE_CURRENT_BINARY_DIR}/${qrc_name}.qrc)
   file(WRITE ${qrc} "<!DOCTYPE RCC>\n<RCC version=\"1.0\">\n  <qresource prefix=\"/\">\n${entries}  </qresource>\n</RCC>\n")
   target_sources(${target} PRIVATE ${qrc} ${qm_files})
+  install(FILES ${qm_files} DESTINATION ${ORVEX_INSTALL_TRANSLATIONSDIR})
 endfunction()

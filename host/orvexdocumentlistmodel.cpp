@@ -35,6 +35,16 @@ int OrvexDocumentListModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : ColumnCount;
 }
 
+Qt::ItemFlags OrvexDocumentListModel::flags(const QModelIndex &index) const
+{
+    Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+    // Rows are what the user drags onto clipboards and folders; a document the
+    // user may not read stays selectable but cannot be dragged.
+    if (index.isValid() && index.row() < m_documents.size() && m_documents.at(index.row()).readable)
+        flags |= Qt::ItemIsDragEnabled;
+    return flags;
+}
+
 QVariant OrvexDocumentListModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))

@@ -3,16 +3,12 @@
 #include "orvexarchiveworker.h"
 #include "orvexclipboardlabel.h"
 #include "orvexdocumentlistmodel.h"
-#include "orvexmimedata.h"
 #include "orvexwbwebview.h"
 
 #include <QApplication>
-#include <QDataStream>
 #include <QDrag>
 #include <QHeaderView>
 #include <QItemSelectionModel>
-#include <QPainter>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -60,41 +56,10 @@ QList<OrvexDocumentListView::Entry> OrvexDocumentListView::selectedEntries() con
     return entries;
 }
 
-OrvexMimeData *OrvexDocumentListView::createMimeData(const QList<Entry> &entries, ClassifyInterface *classifyClient,
-                                                     OrvexArchiveWorker *archiveWorker)
-{
-    auto *data = new OrvexMimeData;
-    QStringList docIds, docsIds;
-    QList<QUrl> documentEntries;
-    QMap<QString, QString> remarks;
-    QByteArray stream;
-    QDataStream out(&stream, QIODevice::WriteOnly);
-    for (const Entry &entry : entries) {
-        const QString docId = QString::number(entry.docId);
-        const QString docsId = QString::number(entry.docsId);
-        docIds << docId;
-        docsIds << docsId;
-        out << docsId;
-        const QString versioned = entry.version > 0 ? docId + QLatin1Char(';') + QString::number(entry.version) : docId;
-        documentEntries << QUrl(versioned);
-        if (!entry.remark.isEmpty())
-            remarks.insert(QString(versioned).replace(QLatin1Char(';'), QLatin1Char('#')), entry.remark);
-    }
-    data->setData(QStringLiteral("x-application-orvex"), QByteArray());
-    data->setDocIds(docIds);
-    data->setDocsIds(docsIds);
-    data->setData(OrvexMimeData::documentStreamFormat(), stream);
-    data->setUrls(documentEntries);
-    data->setBemerkungen(remarks);
-    data->setArchiveClient(archiveWorker);
-    data->setClassifyClient(classifyClient);
-    return data;
-}
-
 OrvexMimeData *OrvexDocumentListView::createSelectionMimeData() const
 {
     const QList<Entry> entries = selectedEntries();
-    return entries.isEmpty() ? nullptr : createMimeData(entries, m_classifyClient, m_archiveWorker);
+    return entries.isEmpty() ? nullptr : OrvexMimeData::create(entries, m_classifyClient, m_archiveWorker);
 }
 
 bool OrvexDocumentListView::eventFilter(QObject *watched, QEvent *event)
@@ -119,13 +84,7 @@ void OrvexDocumentListView::startDrag(Qt::DropActions supportedActions)
     drag->setMimeData(data);
     connect(drag, &QDrag::targetChanged, data, &OrvexMimeData::setCurrentWidget);
 
-    QPixmap badge(48, 24);
-    badge.fill(palette().color(QPalette::Highlight));
-    QPainter painter(&badge);
-    painter.setPen(palette().color(QPalette::HighlightedText));
-    painter.drawText(badge.rect(), Qt::AlignCenter, QString::number(count));
-    painter.end();
-    drag->setPixmap(badge);
+    drag->setPixmap(OrvexMimeData::dragBadge(count, palette()));
 
     emit documentDragStarted();
     // A label of the chooser stands for its clipboard but only lights up: a

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvexmimedata.h"
+
 #include <QList>
 #include <QMap>
 #include <QPointer>
@@ -7,7 +9,6 @@
 
 class ClassifyInterface;
 class OrvexArchiveWorker;
-class OrvexMimeData;
 class orvexclipboardlabel;
 
 // The host's document list as a drag source: dragging selected documents
@@ -18,15 +19,8 @@ class OrvexDocumentListView : public QTableView
     Q_OBJECT
 
 public:
-    // One dragged document: ids, the version picked (0 = the current one) and
-    // the remark that names its file on export.
-    struct Entry
-    {
-        qlonglong docId = 0;
-        qlonglong docsId = 0;
-        qlonglong version = 0;
-        QString remark;
-    };
+    // One dragged document: ids, the version picked and the remark naming its file.
+    using Entry = OrvexMimeData::Document;
 
     explicit OrvexDocumentListView(QWidget *parent = nullptr);
 
@@ -37,9 +31,6 @@ public:
 
     // The selected documents the user may read, in the list's order.
     QList<Entry> selectedEntries() const;
-    // The data object of a drag of entries, filled as every document drag is.
-    static OrvexMimeData *createMimeData(const QList<Entry> &entries, ClassifyInterface *classifyClient,
-                                         OrvexArchiveWorker *archiveWorker);
     OrvexMimeData *createSelectionMimeData() const;
 
 signals:

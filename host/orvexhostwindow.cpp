@@ -60,6 +60,9 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     });
     connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
     connect(m_snackbars, &OrvexSnackbarFilter::snackbar, statusBar(), &QStatusBar::showMessage);
+    // The status bar paints its message itself; as its accessible name a
+    // screen reader (and the real-input tests) can read it too.
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setAccessibleName);
     connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
     updateDocumentCount();
 }

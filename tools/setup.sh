@@ -7,9 +7,13 @@ cd "$(dirname "$0")/.."
 # Libraries and data: checked by package.
 PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
 libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev libssl-dev
-xvfb xauth fonts-dejavu-core"
+xvfb xauth fonts-dejavu-core
+xdotool openbox x11-utils dbus at-spi2-core"
 # Tools: checked by command, since they may come from elsewhere than Debian.
-TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3"
+# desktop-file-validate checks the installed desktop entry; make package needs
+# dpkg-shlibdeps and file.
+TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3
+desktop-file-validate:desktop-file-utils dpkg-shlibdeps:dpkg-dev file:file"
 
 missing=""
 for p in $PACKAGES; do

@@ -385,6 +385,10 @@
         <source>Add New Clipboard</source>
         <translation>Neue Zwischenablage hinzufügen</translation>
     </message>
+    <message>
+        <source>Filter clipboards</source>
+        <translation>Zwischenablagen filtern</translation>
+    </message>
 </context>
 <context>
     <name>orvexwbwebview</name>
@@ -471,6 +475,50 @@
     <message>
         <source>The note could not be saved. Leave its field again to try once more.</source>
         <translation>Die Notiz konnte nicht gespeichert werden. Verlassen Sie ihr Feld erneut, um es noch einmal zu versuchen.</translation>
+    </message>
+    <message>
+        <source>Run search</source>
+        <translation>Suche starten</translation>
+    </message>
+    <message>
+        <source>Clear search</source>
+        <translation>Suche zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Clipboard menu</source>
+        <translation>Menü der Zwischenablage</translation>
+    </message>
+    <message>
+        <source>Card menu</source>
+        <translation>Kartenmenü</translation>
+    </message>
+    <message>
+        <source>First page</source>
+        <translation>Erste Seite</translation>
+    </message>
+    <message>
+        <source>Previous page</source>
+        <translation>Vorige Seite</translation>
+    </message>
+    <message>
+        <source>Next page</source>
+        <translation>Nächste Seite</translation>
+    </message>
+    <message>
+        <source>Last page</source>
+        <translation>Letzte Seite</translation>
+    </message>
+    <message>
+        <source>Page %1 of %2</source>
+        <translation>Seite %1 von %2</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 is read-only: documents cannot be added to it.</source>
+        <translation>Die Zwischenablage %1 ist schreibgeschützt: Es können keine Dokumente hinzugefügt werden.</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 is full: it holds at most %2 documents.</source>
+        <translation>Die Zwischenablage %1 ist voll: Sie fasst höchstens %2 Dokumente.</translation>
     </message>
 </context>
 <context>

@@ -79,3 +79,8 @@ void orvexcardbridge::stopDrag()
 {
     m_board->stopDrag();
 }
+
+void orvexcardbridge::dragCard(QString cardId)
+{
+    m_board->dragCard(cardId);
+}

@@ -35,6 +35,8 @@ public slots:
     QString getCardPixmap(QString cardid, QString docid, QString curpage);
     void startDrag();
     void stopDrag();
+    // The user started to drag the card: the board carries it on as a drag of its document.
+    void dragCard(QString cardId);
 
 private:
     orvexwbwebview *m_board;

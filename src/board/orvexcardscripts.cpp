@@ -103,6 +103,11 @@ QString orvexcardscripts::sortCards()
     return QStringLiteral("sortCards();null;");
 }
 
+QString orvexcardscripts::dragFinished()
+{
+    return QStringLiteral("dragFinished();null;");
+}
+
 QString orvexcardscripts::scrollToCard(const QString &cardId)
 {
     return QStringLiteral("sortCards(); var container = $('.mdl-layout__content'); var scrollTo = $('#section-")

@@ -51,6 +51,8 @@ public:
     static QString translation(const QString &labelKey, const QString &text);
     static QString writeable(bool writeable);
     static QString sortCards();
+    // A card drag has ended: the page closes the enlarged preview.
+    static QString dragFinished();
     // Sorts, then scrolls the page to the card.
     static QString scrollToCard(const QString &cardId);
     // The card count in the header, and the drop hint while there is no card.

@@ -2,6 +2,7 @@
 
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
+#include "orvexarchiveworker.h"
 #include "orvexboardjobs.h"
 #include "orvexcardbridge.h"
 #include "orvexcardscripts.h"
@@ -12,6 +13,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QDrag>
 #include <QDragMoveEvent>
 #include <QDropEvent>
 #include <QFile>
@@ -38,6 +40,17 @@ const char *const kPageLabels[] = {
     QT_TRANSLATE_NOOP("orvexwbwebview", "Permissions"),
     QT_TRANSLATE_NOOP("orvexwbwebview", "Drop Document here"),
     QT_TRANSLATE_NOOP("orvexwbwebview", "Search..."),
+    // Accessible names of the icon buttons and the thumbnails.
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Run search"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Clear search"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Clipboard menu"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Card menu"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Remove Card"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "First page"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Previous page"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Next page"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Last page"),
+    QT_TRANSLATE_NOOP("orvexwbwebview", "Page %1 of %2"),
 };
 
 // Only ids that may stand in a script are taken (see orvexcardscripts::isId).
@@ -159,6 +172,8 @@ void orvexwbwebview::setTabText(const QString &text)
 void orvexwbwebview::setArchiveClient(kelArchiveClientInterface *client)
 {
     m_archiveClient = client;
+    if (m_dragWorker)
+        m_dragWorker->setArchiveClient(client);
 }
 
 void orvexwbwebview::setClassifyClient(ClassifyInterface *client)
@@ -278,6 +293,59 @@ void orvexwbwebview::stopDrag()
     m_dragTimer.stop();
 }
 
+void orvexwbwebview::dragCard(QString cardId)
+{
+    if (isStopped() || m_cardDragRunning || !m_cards.contains(cardId))
+        return;
+    // The page's call arrives inside the web channel's message handling; the
+    // drag runs its own event loop, so it starts on a fresh turn.
+    QTimer::singleShot(0, this, [this, cardId] { runCardDrag(cardId); });
+}
+
+QString orvexwbwebview::noteOf(const QString &cardId) const
+{
+    QStringList entries, notes;
+    if (!m_classifyClient || !m_classifyClient->getClipboardDocuments(m_id, entries, notes))
+        return QString();
+    for (int i = 0; i < entries.size(); ++i) {
+        if (entries.at(i).section(kSep, 1, 1) == cardId)
+            return notes.value(i);
+    }
+    return QString();
+}
+
+void orvexwbwebview::runCardDrag(const QString &cardId)
+{
+    // Released meanwhile, or the card went away: no drag, and the preview closes.
+    if (isStopped() || !m_cards.contains(cardId) || !(QGuiApplication::mouseButtons() & Qt::LeftButton)) {
+        emit javascript(orvexcardscripts::dragFinished());
+        return;
+    }
+    if (!m_dragWorker) {
+        m_dragWorker = new OrvexArchiveWorker(this);
+        m_dragWorker->setArchiveClient(m_archiveClient);
+        m_dragWorker->setParentWidget(this);
+    }
+    OrvexMimeData::Document document;
+    document.docId = m_cards.value(cardId).toLongLong();
+    document.docsId = cardId.toLongLong();
+    document.remark = noteOf(cardId);
+    OrvexMimeData *data = OrvexMimeData::create({document}, m_classifyClient, m_dragWorker);
+
+    auto *drag = new QDrag(this);
+    drag->setMimeData(data);
+    drag->setPixmap(OrvexMimeData::dragBadge(1, palette()));
+    connect(drag, &QDrag::targetChanged, data, &OrvexMimeData::setCurrentWidget);
+    m_cardDragRunning = true;
+    startDrag();
+    drag->exec(Qt::CopyAction, Qt::CopyAction);
+    stopDrag();
+    m_cardDragRunning = false;
+    // The drag is Qt's now: a target may still ask for its data after the
+    // drop, and the platform deletes it once the transfer is over.
+    emit javascript(orvexcardscripts::dragFinished());
+}
+
 void orvexwbwebview::checkDrag()
 {
     const QPoint position = QCursor::pos();
@@ -302,11 +370,27 @@ bool orvexwbwebview::canAcceptDrop(const QMimeData *data) const
            && data->hasFormat(kDragMarker);
 }
 
+QString orvexwbwebview::refusal(const QMimeData *data) const
+{
+    if (!data || !data->hasFormat(kDragMarker) || isStopped())
+        return QString();
+    if (!m_writeable)
+        return tr("Clipboard %1 is read-only: documents cannot be added to it.").arg(m_tabText);
+    if (m_cards.size() >= m_cardLimit)
+        return tr("Clipboard %1 is full: it holds at most %2 documents.").arg(m_tabText).arg(m_cardLimit);
+    return QString();
+}
+
 void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
 {
     // Document drags stay with the board: the page has no use for them, and
     // asking their data for URLs would make it export documents.
     if (event->mimeData() && event->mimeData()->hasFormat(kDragMarker)) {
+        // A card over its own board goes nowhere; elsewhere the user learns
+        // at once why a board will not take the documents.
+        const QString reason = event->source() == this ? QString() : refusal(event->mimeData());
+        if (!reason.isEmpty())
+            QSnackbarEvent(reason).send();
         event->acceptProposedAction();
         return;
     }
@@ -315,7 +399,7 @@ void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
 
 void orvexwbwebview::dragMoveEvent(QDragMoveEvent *event)
 {
-    if (!canAcceptDrop(event->mimeData())) {
+    if (event->source() == this || !canAcceptDrop(event->mimeData())) {
         event->ignore();
         return;
     }
@@ -327,19 +411,28 @@ void orvexwbwebview::dragMoveEvent(QDragMoveEvent *event)
 void orvexwbwebview::dropEvent(QDropEvent *event)
 {
     const QMimeData *data = event->mimeData();
-    if (!m_writeable || isStopped() || !data || !data->hasFormat(kDragMarker)) {
+    if (event->source() == this || !canAcceptDrop(data)) {
         event->ignore();
         return;
     }
     orvexDebug() << "DROP EVENT";
     QStringList docIds, docsIds;
     OrvexMimeData::readIdLists(data, docIds, docsIds);
+    // A card from another board brings its note along; a list's remarks are
+    // only the names its files would get.
+    QStringList notes;
+    const auto *own = qobject_cast<const OrvexMimeData *>(data);
+    if (own && qobject_cast<orvexwbwebview *>(event->source())) {
+        const QMap<QString, QString> remarks = own->getBemerkungen();
+        for (const QString &docId : qAsConst(docIds))
+            notes << remarks.value(docId);
+    }
     event->setDropAction(event->proposedAction());
     event->accept();
-    addDocuments(docIds, docsIds);
+    addDocuments(docIds, docsIds, notes);
 }
 
-int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &docsIds)
+int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &docsIds, const QStringList &notes)
 {
     if (isStopped() || !m_writeable || !m_classifyClient || docIds.size() != docsIds.size())
         return 0;
@@ -370,7 +463,10 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             break;
         orvexDebug() << "ADD DOCIDS TO  CLIPBOARD " << docId << docsId;
         if (m_classifyClient->addToClipboard(m_id, docId, docsId)) {
-            appendCard(docId, docsId, QString(), true);
+            const QString note = notes.value(i);
+            if (!note.isEmpty() && !m_classifyClient->setClipboardComment(m_id, docsId, note))
+                orvexWarning() << "NOTE NOT STORED" << docsId;
+            appendCard(docId, docsId, note, true);
             lastCard = docsId;
             ++added;
         }

@@ -23,6 +23,7 @@ class QDropEvent;
 class QMimeData;
 class QWebChannel;
 class kelArchiveClientInterface;
+class OrvexArchiveWorker;
 class orvexboardjobs;
 class orvexcardbridge;
 
@@ -79,10 +80,15 @@ public:
     // Whether a drag carrying data may be dropped here: a writeable board with
     // room for another card and the drag marker "x-application-orvex".
     bool canAcceptDrop(const QMimeData *data) const;
+    // Why a drag of documents cannot be dropped here (read-only, full), for
+    // the user; empty when it can or when it is no drag of documents.
+    QString refusal(const QMimeData *data) const;
     // Stores each new entry on the server and shows it as a card, under a modal
-    // progress dialog the user may cancel; what was added stays. Sorts, scrolls
-    // to the last added card and posts the snackbar message. Returns the count added.
-    int addDocuments(const QStringList &docIds, const QStringList &docsIds);
+    // progress dialog the user may cancel; what was added stays. notes, where
+    // given, are parallel to the ids and become the new entries' notes. Sorts,
+    // scrolls to the last added card and posts the snackbar message. Returns
+    // the count added.
+    int addDocuments(const QStringList &docIds, const QStringList &docsIds, const QStringList &notes = {});
 
 signals:
     void doSetCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount, QPixmap pix);
@@ -111,6 +117,10 @@ public slots:
     QString getCardPixmap(QString cardid, QString docid, QString curpage);
     void startDrag();
     void stopDrag();
+    // Drags the card's document as every document drag does (OrvexMimeData,
+    // its note as remark), so that other boards and folders take it; the
+    // drag timer runs meanwhile, so holding it over a tab opens that tab.
+    void dragCard(QString cardId);
     void loadCardInfo(QString id);
     void exportDocuments();
     void mailDocuments();
@@ -139,6 +149,8 @@ protected:
 
 private:
     QString countLine() const;
+    void runCardDrag(const QString &cardId);
+    QString noteOf(const QString &cardId) const;
 
     orvexboardjobs *m_jobs = nullptr;
     QMap<QString, QString> m_translations;
@@ -158,6 +170,8 @@ private:
     bool m_reloading = false;
     const int m_cardLimit = 200;
     orvexcardbridge *m_bridge = nullptr;
+    OrvexArchiveWorker *m_dragWorker = nullptr; // exports the cards dragged out
+    bool m_cardDragRunning = false;
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
 };

@@ -16,8 +16,10 @@
 #include <QGuiApplication>
 #include <QHostInfo>
 #include <QMessageBox>
+#include <QPainter>
 
 namespace {
+const QString kDragMarker = QStringLiteral("x-application-orvex");
 const QString kOrvexUriFormat = QStringLiteral("text/x-orvex-uri");
 const QString kUriListFormat = QStringLiteral("text/uri-list");
 const QString kDocIdsFormat = QStringLiteral("x-application-orvex-docids");
@@ -212,6 +214,48 @@ QList<qlonglong> OrvexMimeData::getDocsIdsFromMimeData() const
         docsIds.append(docsId.toLongLong(nullptr, 10));
     }
     return docsIds;
+}
+
+OrvexMimeData *OrvexMimeData::create(const QList<Document> &documents, ClassifyInterface *classifyClient,
+                                     OrvexArchiveWorker *archiveWorker)
+{
+    auto *data = new OrvexMimeData;
+    QStringList docIds, docsIds;
+    QList<QUrl> documentEntries;
+    QMap<QString, QString> remarks;
+    QByteArray stream;
+    QDataStream out(&stream, QIODevice::WriteOnly);
+    for (const Document &document : documents) {
+        const QString docId = QString::number(document.docId);
+        const QString docsId = QString::number(document.docsId);
+        docIds << docId;
+        docsIds << docsId;
+        out << docsId;
+        const QString versioned =
+            document.version > 0 ? docId + QLatin1Char(';') + QString::number(document.version) : docId;
+        documentEntries << QUrl(versioned);
+        if (!document.remark.isEmpty())
+            remarks.insert(QString(versioned).replace(QLatin1Char(';'), QLatin1Char('#')), document.remark);
+    }
+    data->setData(kDragMarker, QByteArray());
+    data->setDocIds(docIds);
+    data->setDocsIds(docsIds);
+    data->setData(documentStreamFormat(), stream);
+    data->setUrls(documentEntries);
+    data->setBemerkungen(remarks);
+    data->setArchiveClient(archiveWorker);
+    data->setClassifyClient(classifyClient);
+    return data;
+}
+
+QPixmap OrvexMimeData::dragBadge(int count, const QPalette &palette)
+{
+    QPixmap badge(48, 24);
+    badge.fill(palette.color(QPalette::Highlight));
+    QPainter painter(&badge);
+    painter.setPen(palette.color(QPalette::HighlightedText));
+    painter.drawText(badge.rect(), Qt::AlignCenter, QString::number(count));
+    return badge;
 }
 
 void OrvexMimeData::readIdLists(const QMimeData *data, QStringList &docIds, QStringList &docsIds)

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QMap>
 #include <QMimeData>
+#include <QPalette>
+#include <QPixmap>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -23,8 +25,25 @@ class ORVEXWORKBENCH_EXPORT OrvexMimeData : public QMimeData
     Q_OBJECT
 
 public:
+    // One dragged document: ids, the version picked (0 = the current one) and
+    // the remark that names its file on export.
+    struct Document
+    {
+        qlonglong docId = 0;
+        qlonglong docsId = 0;
+        qlonglong version = 0;
+        QString remark;
+    };
+
     OrvexMimeData();
     ~OrvexMimeData() override;
+
+    // The data object of a drag of documents, filled as every document drag
+    // is: marker, id lists, docs-id stream, entries, remarks, worker and client.
+    static OrvexMimeData *create(const QList<Document> &documents, ClassifyInterface *classifyClient,
+                                 OrvexArchiveWorker *archiveWorker);
+    // The picture under the cursor of such a drag: the number of documents.
+    static QPixmap dragBadge(int count, const QPalette &palette);
 
     void setDocIds(const QStringList &docIds);
     QStringList &getDocIds();

@@ -5,6 +5,7 @@
 #include "modalanswerer.h"
 #include "orvexcardscripts.h"
 #include "orvextranslations.h"
+#include "qsnackbarevent.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
@@ -79,6 +80,20 @@ public:
 };
 
 QVariant js(QWebEngineView *view, const QString &script) { return BoardPage::run(view, script); }
+
+// The texts of the status messages posted while it lives.
+struct Snackbars : QObject
+{
+    QStringList texts;
+    Snackbars() { qApp->installEventFilter(this); }
+    ~Snackbars() override { qApp->removeEventFilter(this); }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QSnackbarEvent::snackbarType())
+            texts << static_cast<QSnackbarEvent *>(event)->getText();
+        return false;
+    }
+};
 
 QString text(QWebEngineView *v, const QString &sel) { return js(v, QString("$('%1').text()").arg(sel)).toString(); }
 QString value(QWebEngineView *v, const QString &sel) { return js(v, QString("$('%1').val()").arg(sel)).toString(); }
@@ -540,7 +555,7 @@ private slots:
         QStringList expected{"addClipboard", "clearClipboard", "removeClipboard", "exportDocuments",
                              "mailDocuments", "setPermissions", "removeCard", "openDocument",
                              "showClassification", "saveCard", "searchCards", "getCardPixmap",
-                             "startDrag", "stopDrag"};
+                             "startDrag", "stopDrag", "dragCard"};
         expected.sort();
         QCOMPARE(operations, expected.join(','));
         const QString reachable = js(board, R"(
@@ -759,13 +774,22 @@ private slots:
         QTest::addColumn<QString>("docsIds");
         QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
         QTest::addColumn<QStringList>("added");
-        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"};
-        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList();
-        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList();
-        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"};
-        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList();
-        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"};
-        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << QStringList{"500", "501"};
+        QTest::addColumn<QString>("message"); // the status message that ends the drop
+        const QString added2 = QStringLiteral("Added 2 document(s) to clipboard Board");
+        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"} << added2;
+        // Regression: a refusing board gave no reason.
+        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList()
+                                   << "Clipboard Board is read-only: documents cannot be added to it.";
+        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList()
+                                    << "Clipboard Board is full: it holds at most 200 documents.";
+        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"}
+                                           << "Added 1 document(s) to clipboard Board";
+        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList()
+                                      << "Added 0 document(s) to clipboard Board";
+        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"}
+                                 << "Added 1 document(s) to clipboard Board";
+        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2
+                                      << QStringList{"500", "501"} << added2;
     }
 
     void drops()
@@ -776,8 +800,10 @@ private slots:
         QFETCH(QString, docsIds);
         QFETCH(int, cancelAt);
         QFETCH(QStringList, added);
+        QFETCH(QString, message);
         const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
         orvexwbwebview *board = createBoard(writeable);
+        board->setTabText(QStringLiteral("Board"));
         for (int i = 0; i < preset; ++i)
             board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
         m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
@@ -788,14 +814,47 @@ private slots:
         QMimeData data;
         data.setData("x-application-orvex-docids", docIds.toUtf8() + '\0' + "999");
         data.setData("x-application-orvex-docsids", docsIds.toUtf8());
+        Snackbars snackbars;
         QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
         data.setData("x-application-orvex", QByteArray());
         QCOMPARE(deliverDrop(board, &data), accepted);
+        QTRY_COMPARE_WITH_TIMEOUT(snackbars.texts, QStringList{message}, kTimeout);
         // The server is asked for exactly the cards that appear, nothing else.
         QCOMPARE(count("addToClipboard"), added.size());
         QCOMPARE(board->cardCount(), preset + added.size());
         for (const QString &id : added)
             QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+    }
+
+    // Regression: the enlarged preview (the focused thumbnail) stayed open after a card drag and on Escape.
+    void previewCloses_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("Escape") << "$(document).trigger($.Event('keydown', {key: 'Escape'}));";
+        QTest::newRow("card drag ended") << "dragFinished();";
+        // The page's own drag is cancelled and handed to the board, which has nothing to
+        // do without a held button; the preview closes all the same.
+        QTest::newRow("card drag started")
+            << "document.getElementById('section-500').dispatchEvent(new DragEvent('dragstart', {bubbles: true, cancelable: true}));";
+    }
+    void previewCloses()
+    {
+        QFETCH(QString, script);
+        orvexwbwebview *board = boardWith(1);
+        const QString previewOpen = QStringLiteral("$(document.activeElement).hasClass('orvex-card__figure')");
+        js(board, "$('#img-500').closest('figure').focus(); null;");
+        QTRY_VERIFY_WITH_TIMEOUT(js(board, previewOpen).toBool(), kTimeout);
+        js(board, script + "null;");
+        QTRY_VERIFY_WITH_TIMEOUT(!js(board, previewOpen).toBool(), kTimeout);
+    }
+
+    // The thumbnail tells its page to a screen reader, and the page buttons have names.
+    void thumbnailAndButtonsAreNamed()
+    {
+        orvexwbwebview *board = boardWith(1);
+        js(board, "$('#img-500').data('maxpage', 3); nextPage(100, 500); null;");
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "$('#img-500').attr('alt')").toString(), QString("Page 2 of 3"), kTimeout);
+        QCOMPARE(js(board, "$('#' + $('#btn-next-500').attr('aria-labelledby')).text()").toString(), QString("Next page"));
     }
 
     // Holding a dragged card over another tab for two ticks switches to it.
@@ -819,6 +878,7 @@ private slots:
         QVERIFY(OrvexTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
         orvexwbwebview *board = boardWith(1);
         QTRY_COMPARE_WITH_TIMEOUT(text(board, "#trans-Permissions"), QString("Berechtigungen"), kTimeout);
+        QCOMPARE(text(board, "#trans-Nextpage"), QString("Nächste Seite"));
         QCOMPARE(text(board, "#trans-DropDocumenthere"), QString("Dokument hier ablegen"));
         QCOMPARE(js(board, "$('label[for=textarea-500]').text()").toString(), QString("Notiz..."));
         board->setCardData("500", {});

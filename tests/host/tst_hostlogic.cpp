@@ -31,6 +31,7 @@ private slots:
     void filter();
     void sorting_data();
     void sorting();
+    void onlyReadableRowsDrag();
 
 private:
     Model m_model;
@@ -104,6 +105,22 @@ void tst_HostLogic::sorting()
 
     m_proxy.sort(column, order);
     QCOMPARE(idsInViewOrder(m_proxy), expected);
+}
+
+// Regression: no row had the drag flag, so pressing a row and moving only extended the selection.
+void tst_HostLogic::onlyReadableRowsDrag()
+{
+    Model model;
+    OrvexArchiveDocument hidden = doc(7, QStringLiteral("Secret"), {}, {}, 1, {});
+    hidden.readable = false;
+    model.setDocuments({doc(5, QStringLiteral("Open"), {}, {}, 1, {}), hidden});
+    OrvexDocumentFilterModel proxy;
+    proxy.setSourceModel(&model);
+    for (int column = 0; column < Model::ColumnCount; ++column) {
+        QVERIFY(proxy.index(0, column).flags() & Qt::ItemIsDragEnabled);
+        QVERIFY(!(proxy.index(1, column).flags() & Qt::ItemIsDragEnabled));
+        QVERIFY(proxy.index(1, column).flags() & Qt::ItemIsSelectable);
+    }
 }
 
 QTEST_MAIN(tst_HostLogic)

@@ -4,11 +4,17 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-// Runs build/bin/orvexhost as a separate process, with configuration, data,
-// cache and runtime folders of its own so that a run never touches the user's.
+// Runs build/bin/orvexhost, or another program, as a separate process, with
+// configuration, data, cache and runtime folders of its own so that a run never
+// touches the user's.
 class HostProcess
 {
 public:
+    explicit HostProcess(const QString &program = QCoreApplication::applicationDirPath() + QStringLiteral("/orvexhost"))
+        : m_program(program)
+    {
+    }
+
     struct Result
     {
         bool finished = false;
@@ -27,7 +33,7 @@ public:
         env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path()); // private (0700), as Qt wants it
         env.remove(QStringLiteral("ORVEX_ARCHIVE_DIR"));
         process.setProcessEnvironment(env);
-        process.start(QCoreApplication::applicationDirPath() + QStringLiteral("/orvexhost"), arguments);
+        process.start(m_program, arguments);
         Result result;
         result.finished = process.waitForFinished(timeoutMs);
         if (!result.finished)
@@ -61,5 +67,6 @@ public:
     }
 
 private:
+    QString m_program;
     QTemporaryDir m_home;
 };
