@@ -7,6 +7,7 @@
 #include "hostilenotes.h"
 #include "orvexarchive.h"
 #include "orvexarchiveworker.h"
+#include "orvexmimedata.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
@@ -16,6 +17,7 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QTemporaryDir>
+#include <QUrlQuery>
 #include <QtTest>
 
 #include <memory>
@@ -199,6 +201,21 @@ private slots:
         QCOMPARE(QFileInfo(named).absolutePath(), QFileInfo(fetched).absolutePath());
         QVERIFY2(QFileInfo(named).fileName().startsWith(QStringLiteral("4711_")), qPrintable(named));
         QVERIFY(named.endsWith(QStringLiteral(".pdf")));
+
+        // A card dragged out carries its note as the remark that names the
+        // document's URL: one URL, whose query the note does not cut off.
+        RecordingClassifyClient classify;
+        classify.setConnectionMode(QStringLiteral("Online"));
+        classify.setServer(QStringLiteral("archive.example"), 4711, 7);
+        std::unique_ptr<OrvexMimeData> drag(OrvexMimeData::create({{4711, 1, 0, note}}, &classify, &worker));
+        const QStringList urls = QString::fromUtf8(drag->data(QStringLiteral("text/x-orvex-uri"))).split("\r\n");
+        QCOMPARE(urls.size(), 1);
+        QVERIFY2(!urls.first().contains(QLatin1Char('\n')), qPrintable(urls.first()));
+        const QUrl url(urls.first());
+        QVERIFY2(url.isValid(), qPrintable(urls.first()));
+        QVERIFY2(url.path().startsWith(QStringLiteral("/openDoc/4711_")), qPrintable(url.path()));
+        QCOMPARE(QUrlQuery(url).queryItemValue(QStringLiteral("docid")), QStringLiteral("4711"));
+        QCOMPARE(QUrlQuery(url).queryItemValue(QStringLiteral("host")), QStringLiteral("archive.example"));
     }
 
     // Typing stops at 1024 characters, an emoji counting once, and never cuts
