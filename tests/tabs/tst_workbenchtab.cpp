@@ -1,6 +1,7 @@
 // The clipboard tab set with real card boards against the recording clients:
 // the diff with the server list, creating, numbering, renaming, filtering and
 // removing clipboards, a refresh during a page load and the shutdown.
+#include "germancatalogue.h"
 #include "modalanswerer.h"
 #include "orvexclipboardchooser.h"
 #include "orvexclipboardlabel.h"
@@ -12,11 +13,9 @@
 
 #include <QLineEdit>
 #include <QPointer>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QToolButton>
-#include <QTranslator>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <QtConcurrent>
@@ -184,11 +183,8 @@ private slots:
         QFETCH(bool, german);
         QFETCH(QStringList, existing);
         QFETCH(QString, expected);
-        QTranslator translator;
-        QVERIFY(translator.load(":/translations/orvexworkbench_de.qm"));
-        if (german)
-            QCoreApplication::installTranslator(&translator);
-        auto removeTranslator = qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
+        const GermanCatalogue catalogue(german);
+        QVERIFY(catalogue.isLoaded());
         for (const QString &name : qAsConst(existing))
             m_classify->addClipboard(name);
         start();
