@@ -940,15 +940,7 @@ private:
         return calls;
     }
 
-    // Runs one background update to its end, and everything it sent to the page.
-    void runUpdate(orvexwbwebview *board)
-    {
-        const int searches = count("searchDocuments");
-        QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), count("searchDocuments") > searches), kTimeout);
-        QTRY_VERIFY_WITH_TIMEOUT(!board->isUpdating(), kTimeout);
-        QCoreApplication::processEvents(); // the signals the job queued on its way
-        js(board, "null"); // answers after every script sent before it
-    }
+    void runUpdate(orvexwbwebview *board) { BoardPage::runUpdate(board); }
 
     // Types at the end of the note field as the page's editing does (null:
     // nothing), then leaves the field unless told to stay.

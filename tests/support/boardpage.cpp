@@ -34,3 +34,14 @@ bool BoardPage::load(orvexwbwebview *board, bool writeable)
     board->setWriteable(writeable);
     return true;
 }
+
+void BoardPage::runUpdate(orvexwbwebview *board)
+{
+    const auto idle = [board] { return !board->isUpdating(); };
+    QTest::qWaitFor(idle, Timeout);
+    board->updateCards();
+    if (!QTest::qWaitFor(idle, Timeout))
+        qWarning() << "the update did not end";
+    QCoreApplication::processEvents(); // the signals the job queued on its way
+    run(board, QStringLiteral("null")); // answers after every script sent before it
+}

@@ -16,5 +16,8 @@ QVariant run(QWebEngineView *view, const QString &script);
 // Shows the board and loads the card page into it the way the tab set does,
 // then sends the labels and the writeable flag; false when the page did not load.
 bool load(orvexwbwebview *board, bool writeable = true);
+// Runs one background update to its end (after the one running, if any), and
+// lets every script it sent reach the page.
+void runUpdate(orvexwbwebview *board);
 
 } // namespace BoardPage
