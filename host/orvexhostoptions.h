@@ -15,7 +15,7 @@ public:
     // arguments as QCoreApplication::arguments() gives them, program name first.
     static OrvexHostOptions parse(const QStringList &arguments);
 
-    QString archiveFolder;  // --archive, default: the archive's default location
+    QString archiveFolder;  // --archive (a folder or a server address), default: the archive's default location
     QString screenshotFile; // --screenshot, empty: run interactively
     QString stateFile;      // --dump-state, with --screenshot only
     int timeoutSeconds = defaultTimeoutSeconds;

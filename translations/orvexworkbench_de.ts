@@ -558,5 +558,9 @@
         <source>Remove Clipboard </source>
         <translation>Zwischenablage entfernen: </translation>
     </message>
+    <message>
+        <source>Read-only: you may view this clipboard but not change it.</source>
+        <translation>Schreibgeschützt: Sie dürfen diese Zwischenablage ansehen, aber nicht ändern.</translation>
+    </message>
 </context>
 </TS>

@@ -39,6 +39,13 @@ void tst_HostProcess::failures_data()
     QTest::newRow("archive folder cannot be made")
         << QStringList{QStringLiteral("--archive"), m_scratch.filePath(QStringLiteral("a-file/archive"))} << 2
         << QStringLiteral("a-file/archive could not be opened");
+    QTest::newRow("malformed server address")
+        << QStringList{QStringLiteral("--archive"), QStringLiteral("postgresql://anna@db.example.org:0/orvex")} << 1
+        << QStringLiteral("no valid port");
+    // A server that is not there: the reason, never a hang.
+    QTest::newRow("server not reachable")
+        << QStringList{QStringLiteral("--archive"), QStringLiteral("postgresql://anna@/orvex?host=%1&connect_timeout=5").arg(m_scratch.path())}
+        << 2 << QStringLiteral("Cannot connect to the archive server");
     QTest::newRow("bad timeout") << QStringList{QStringLiteral("--timeout"), QStringLiteral("never")} << 1
                                  << QStringLiteral("\"never\"");
     QTest::newRow("unknown option") << QStringList{QStringLiteral("--colour=red")} << 1 << QStringLiteral("colour");
