@@ -959,7 +959,9 @@ private:
             script += QString("a.selectionStart = a.selectionEnd = a.value.length;"
                               "document.execCommand('insertText', false, '%1');").arg(typed);
         if (leave)
-            script += "a.dispatchEvent(new FocusEvent('blur'));";
+            // Leaves the field as a click elsewhere does: the focus goes, and the
+            // field's own blur handler runs once (an unfocused page sends no blur).
+            script += "var h = a.onblur; a.onblur = null; a.blur(); a.onblur = h; h.call(a, new FocusEvent('blur'));";
         js(board, script);
     }
 
