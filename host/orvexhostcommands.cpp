@@ -283,12 +283,8 @@ bool OrvexHostCommands::exportDocuments(const QStringList &cardIds)
         return fail(tr("Export documents"),
                     tr("The documents could not be exported: %1").arg(m_worker->getLastError()));
     }
-    if (written.isEmpty())
-        emit message(withUnknownCards(tr("No document was exported."), documents));
-    else
-        emit message(withUnknownCards(tr("Exported %n document(s) to %1.", nullptr, written.size())
-                                          .arg(QDir::toNativeSeparators(folder)),
-                                      documents));
+    emit message(withUnknownCards(
+        tr("Export to %1: %2").arg(QDir::toNativeSeparators(folder), m_worker->exportSummary().text()), documents));
     return true;
 }
 

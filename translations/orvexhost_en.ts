@@ -59,13 +59,6 @@
         </translation>
     </message>
     <message numerus="yes">
-        <source>Exported %n document(s) to %1.</source>
-        <translation>
-            <numerusform>Exported %n document to %1.</numerusform>
-            <numerusform>Exported %n documents to %1.</numerusform>
-        </translation>
-    </message>
-    <message numerus="yes">
         <source>Handed %n document(s) to the mail program.</source>
         <translation>
             <numerusform>Handed %n document to the mail program.</numerusform>

@@ -246,6 +246,32 @@
     </message>
 </context>
 <context>
+    <name>OrvexExportSummary</name>
+    <message numerus="yes">
+        <source>%n file(s) exported</source>
+        <translation>
+            <numerusform>%n Datei exportiert</numerusform>
+            <numerusform>%n Dateien exportiert</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n skipped</source>
+        <comment>files</comment>
+        <translation>
+            <numerusform>%n übersprungen</numerusform>
+            <numerusform>%n übersprungen</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n failed</source>
+        <comment>files</comment>
+        <translation>
+            <numerusform>%n fehlgeschlagen</numerusform>
+            <numerusform>%n fehlgeschlagen</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>OrvexFileCopy</name>
     <message>
         <source>Transfer</source>
@@ -457,6 +483,10 @@
     <message>
         <source>Added %1 document(s) to clipboard %2</source>
         <translation>%1 Dokument(e) zur Zwischenablage %2 hinzugefügt</translation>
+    </message>
+    <message>
+        <source>The note could not be saved. Leave its field again to try once more.</source>
+        <translation>Die Notiz konnte nicht gespeichert werden. Verlassen Sie ihr Feld erneut, um es noch einmal zu versuchen.</translation>
     </message>
     <message>
         <source>Run search</source>

@@ -80,6 +80,8 @@ private:
     void enterBusy();
     void leaveBusy();
     QString nextNewClipboardName() const;
+    // Makes the tab current, ending a rename in progress first.
+    void showTab(int index);
     QString titleFor(const QString &name) const;
     void decorateTab(int index);
     // Takes the tab away and disposes of its board; keeps a rename in

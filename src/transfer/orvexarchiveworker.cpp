@@ -343,6 +343,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 {
     m_offlineArchive = offline;
     m_canceled = false;
+    m_exportSummary = OrvexExportSummary();
     if (!requireClient())
         return false;
     if (docIds.isEmpty())
@@ -392,7 +393,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 
         QString path;
         bool ok;
-        if (versions.isEmpty())
+        if (versions.isEmpty() || versions.at(i) < 0)
             ok = m_client->exportDocument(int(docIds.at(i)), path, exportPurpose, option);
         else if (alternateVersion)
             ok = m_client->exportDocumentVersionAlt(int(docIds.at(i)), int(versions.at(i)), path);
@@ -411,6 +412,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
         const QString named = getNewFileName(path, remarks, docIds.at(i), docsIds.at(i),
                                              versions.isEmpty() ? -1 : versions.at(i), true);
         resultFiles << named;
+        ++m_exportSummary.exported;
         QDesktopServices::openUrl(QUrl::fromLocalFile(named));
     }
     if (openMode)
@@ -447,6 +449,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             names.setFileList(fetched);
             if (names.exec() != QDialog::Accepted) {
                 deleteFiles(fetched);
+                m_exportSummary.skipped = fetched.size();
                 return true;
             }
             destinations = names.getFileList();
@@ -455,7 +458,8 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 
     if (!targetDir.endsWith(QDir::separator()))
         targetDir += QDir::separator();
-    bool goOn = true;
+    // A declined overwrite leaves out that one file: the files after it are
+    // still written, new ones at once and existing ones after asking.
     for (int i = 0; i < fetched.size(); ++i) {
         const QString source = QDir::toNativeSeparators(fetched.at(i));
         QString name = plainFileName(QFileInfo(destinations.value(i)).fileName());
@@ -467,35 +471,39 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             // Online the fetched file is temporary: moving it saves writing every byte twice.
             const bool moved = !offline && QFile::rename(source, destination);
             if (!moved && !QFile::copy(source, destination)) {
+                ++m_exportSummary.failed;
                 QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be saved!"));
                 return;
             }
             QFile::setPermissions(destination, QFileDevice::Permissions(0x666));
             resultFiles << destination;
+            ++m_exportSummary.exported;
         };
 
         if (!QFileInfo::exists(destination) && !QFileInfo(destination).isSymLink()) {
-            if (goOn)
-                copyOne();
+            copyOne();
         } else {
             const auto answer = QMessageBox::question(
                 nullptr, tr("File exists"), tr("The file %1 already exists, overwrite?").arg(destination),
                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-            if (answer == QMessageBox::Yes) {
-                if (QFile::remove(destination)) {
-                    copyOne();
-                } else {
-                    QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
-                    goOn = false;
-                }
+            if (answer != QMessageBox::Yes) {
+                ++m_exportSummary.skipped;
+            } else if (QFile::remove(destination)) {
+                copyOne();
             } else {
-                goOn = false;
+                ++m_exportSummary.failed;
+                QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
             }
         }
         if (!offline)
             QFile::remove(fetched.at(i));
     }
     return true;
+}
+
+OrvexExportSummary OrvexArchiveWorker::exportSummary() const
+{
+    return m_exportSummary;
 }
 
 QString OrvexArchiveWorker::getNewFileName(QString filePath, QMap<QString, QString> remarks,

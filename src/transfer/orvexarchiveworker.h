@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvexexportsummary.h"
 #include "orvexworkbenchglobal.h"
 
 #include <QList>
@@ -65,6 +66,10 @@ public:
     bool moveDocToArchive(qlonglong docId, int target);
 
     // Export, mailing and upload
+    // Exports the documents into targetDir (or opens them). versions, when
+    // given, holds one version per document; a negative one stands for the
+    // current version, so that a drag may mix both. The counts of the last
+    // export are in exportSummary().
     bool exportDocuments(QList<qlonglong> docIds, QList<qlonglong> docsIds, QList<qlonglong> versions,
                          QMap<QString, QString> remarks, QString targetDir, bool openMode,
                          QStringList &resultFiles, int purpose, bool offline, bool skipNameDialog,
@@ -80,6 +85,9 @@ public:
     // discards. True when the file became a new document (getLastArchivedDocId()).
     // archiveData and flag go to the client's duplicate check unchanged.
     bool uploadFile(QString archiveData, QString filePath, bool flag);
+
+    // What the last export wrote, skipped and failed to write.
+    OrvexExportSummary exportSummary() const;
 
     // Counts and flags
     void setFileCount(int count);
@@ -125,4 +133,5 @@ private:
     bool m_ownsClient = false;
     QString m_applicationFolder;
     bool m_uploading = false;
+    OrvexExportSummary m_exportSummary;
 };

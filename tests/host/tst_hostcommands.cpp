@@ -6,6 +6,7 @@
 #include "orvexarchive.h"
 #include "orvexclassificationdialog.h"
 #include "orvexhostcommands.h"
+#include "orvexhosttranslations.h"
 
 #include <QDesktopServices>
 #include <QtTest>
@@ -43,6 +44,7 @@ private:
 void tst_HostCommands::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
+    OrvexHostTranslations::install(QLocale(QLocale::English)); // the plural forms
     const QString folder = m_scratch.filePath(QStringLiteral("archive"));
     qputenv(OrvexArchive::FolderVariable, QFile::encodeName(folder)); // for the worker's own client
     QVERIFY2(m_archive.open(folder), qPrintable(m_archive.lastError()));
@@ -90,6 +92,10 @@ void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
         QCOMPARE(dialogs.texts().size(), 1);
     }
     QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
+    const QString exportedTo = QStringLiteral("Export to %1: ").arg(QDir::toNativeSeparators(target.path()));
+    QVERIFY2(messages.last().at(0).toString().startsWith(
+                 exportedTo + QStringLiteral("%1 files exported.").arg(m_expectedNames.size())),
+             qPrintable(messages.last().at(0).toString()));
     QVERIFY2(messages.last().at(0).toString().contains(QStringLiteral("99999")), "the unknown card is named");
 
     // Again into the same folder: every file is offered for overwriting, and No keeps it.
@@ -103,6 +109,9 @@ void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
         QVERIFY(dialogs.texts().last().startsWith(QStringLiteral("File exists: ")));
     }
     QCOMPARE(mine.size(), 4);
+    // One line tells what became of every file.
+    QCOMPARE(messages.last().at(0).toString(),
+             exportedTo + QStringLiteral("0 files exported, %1 skipped.").arg(m_expectedNames.size()));
 
     answer.clear(); // the user cancels the folder question
     QVERIFY(!m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards));

@@ -1,0 +1,13 @@
+#include "orvexexportsummary.h"
+
+#include <QStringList>
+
+QString OrvexExportSummary::text() const
+{
+    QStringList parts{tr("%n file(s) exported", nullptr, exported)};
+    if (skipped > 0)
+        parts << tr("%n skipped", "files", skipped);
+    if (failed > 0)
+        parts << tr("%n failed", "files", failed);
+    return parts.join(QStringLiteral(", ")) + QLatin1Char('.');
+}
