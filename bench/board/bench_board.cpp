@@ -16,7 +16,7 @@
 // Dock: ten clipboards of 200 cards in the tab set; the time until the shown
 // board's cards are in the page, and until every board's are.
 //
-//   tests/run-gui-test.sh build/bin/bench_board [runs]
+//   tests/run-gui-test.sh build/bin/bench_board [runs [double|archive|dock]]
 #include "orvexarchive.h"
 #include "orvexarchivestore.h"
 #include "orvexclipboardchooser.h"
@@ -510,16 +510,18 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     const int runs = argc > 1 ? std::max(1, QString::fromLocal8Bit(argv[1]).toInt()) : 3;
+    const QString only = argc > 2 ? QString::fromLocal8Bit(argv[2]) : QString();
+    const auto part = [&only](const char *name) { return only.isEmpty() || only == QLatin1String(name); };
     const QByteArray image = pageImage();
     RealArchive real;
-    const bool haveArchive = prepareArchive(real);
+    const bool haveArchive = part("archive") && prepareArchive(real);
     std::printf("page image: 566 x 800 PNG, %d bytes; %d cards; pool of %d threads; %d runs\n", image.size(), kCards,
                 QThread::idealThreadCount(), runs);
     std::printf("aims: cards <= 500 ms; thumbnails <= 1.5 x limit (warm archive: its limit; cold: 1.5 x limit "
                 "+ poppler); GUI-thread busy stretch <= 16 ms; page step <= 150 ms warm; dock <= 2000 ms\n");
     for (int run = 1; run <= runs; ++run) {
         std::printf("run %d\n", run);
-        {
+        if (part("double")) {
             Doubles doubles;
             fillDoubles(doubles, image, 1);
             const Fill fill = fillBoard(&doubles.archive, &doubles.classify, doubles.clipboards.first(),
@@ -544,7 +546,7 @@ int main(int argc, char **argv)
             std::printf("  archive client alone: 200 first pages cold %lld ms, warm %lld ms\n",
                         static_cast<long long>(figures.clientColdMs), static_cast<long long>(figures.clientWarmMs));
         }
-        {
+        if (part("dock")) {
             const DockFigures dock = measureDock(image);
             std::printf("  dock of %d x %d cards: shown board filled %lld ms | all boards filled %lld ms | "
                         "longest GUI-thread busy stretch %lld ms\n",
