@@ -32,8 +32,17 @@ public:
     explicit orvexboardjobs(QObject *parent = nullptr);
     ~orvexboardjobs() override;
 
+    // How soon a job runs: among the jobs waiting, those of a higher priority
+    // start first, and jobs of one priority in the order they came.
+    enum Priority {
+        Background = 0, // card info, updates, the first pages of the cards
+        Finish = 1,     // the last step of an image already fetched
+        User = 2        // what the user asked for just now (a page step)
+    };
     // Runs job on the pool and keeps its future; false once stopped.
-    bool start(std::function<void()> job);
+    bool start(std::function<void()> job, Priority priority = Background);
+    // Whether no job is waiting or running.
+    bool isIdle() const;
     // Safe to call more than once.
     void stop();
     bool isStopped() const;
@@ -54,8 +63,14 @@ public:
                         const QString &docId, const QString &page, const QPixmap &placeholder);
     // Sends the image to the page as PNG, after the script that prepares the card.
     void sendThumbnail(const QString &cardId, const QString &script, const QPixmap &pix);
+    // Whether the calling thread is sending an image's script just now: such
+    // a script touches only its own card and may reach the page together
+    // with others of its kind.
+    static bool isSendingThumbnail();
 
 signals:
+    // The last job waiting or running has ended (sent from its pool thread).
+    void idle();
     void cardData(QString id, QStringList data);
     void doAddCard(QString docId, QString docsId, QString comment);
     void doUpdateComment(QString id, QString comment);
@@ -69,4 +84,5 @@ private:
     QThreadPool m_secondPool;
     QList<QFuture<void>> m_futures;
     std::atomic<bool> m_stopped{false};
+    std::atomic<int> m_pending{0};
 };

@@ -21,9 +21,14 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QThread>
 #include <QUuid>
+#include <QVector>
 #include <QWebChannel>
 #include <QWebEnginePage>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -97,8 +102,11 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
     connect(m_jobs, &orvexboardjobs::doSetCardPixmap, this, &orvexwbwebview::doSetCardPixmap,
             Qt::DirectConnection);
     connect(m_jobs, &orvexboardjobs::javascript, this, &orvexwbwebview::javascript, Qt::DirectConnection);
+    connect(m_jobs, &orvexboardjobs::idle, this, &orvexwbwebview::jobsIdle, Qt::QueuedConnection);
 
-    connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript);
+    // Called on the emitting thread: doJavascript() hands the scripts of the
+    // pool threads to the GUI thread, the cards' images in batches.
+    connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript, Qt::DirectConnection);
     // appendCard has default arguments; the three-argument form is picked by signature.
     connect(this, SIGNAL(doAddCard(QString,QString,QString)), this,
             SLOT(appendCard(QString,QString,QString)), Qt::QueuedConnection);
@@ -234,7 +242,64 @@ void orvexwbwebview::doJavascript(QString jscript)
 {
     if (isStopped())
         return;
-    page()->runJavaScript(jscript);
+    if (QThread::currentThread() == thread()) {
+        page()->runJavaScript(jscript);
+        return;
+    }
+    if (!orvexboardjobs::isSendingThumbnail()) {
+        // In its place among the other signals the job sends.
+        QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
+        return;
+    }
+    // The cards' images that come in while the GUI thread is busy reach the
+    // page as one script, so that it lays out and paints once for them.
+    QMutexLocker locker(&m_scriptsMutex);
+    m_pendingScripts << jscript;
+    if (!std::exchange(m_flushQueued, true))
+        QMetaObject::invokeMethod(this, &orvexwbwebview::flushScripts, Qt::QueuedConnection);
+}
+
+void orvexwbwebview::flushScripts()
+{
+    QStringList scripts;
+    {
+        QMutexLocker locker(&m_scriptsMutex);
+        scripts = std::exchange(m_pendingScripts, {});
+        m_flushQueued = false;
+    }
+    if (isStopped() || scripts.isEmpty())
+        return;
+    if (scripts.size() == 1) {
+        page()->runJavaScript(scripts.first());
+        return;
+    }
+    int length = 0;
+    for (const QString &script : qAsConst(scripts))
+        length += script.size() + 24;
+    QString batch;
+    batch.reserve(length);
+    for (const QString &script : qAsConst(scripts))
+        batch += QStringLiteral("try{") + script + QStringLiteral("\n}catch(e){}");
+    batch += QStringLiteral("null;");
+    page()->runJavaScript(batch);
+}
+
+bool orvexwbwebview::isSettled() const
+{
+    if (!m_jobs->isIdle())
+        return false;
+    if (!m_archiveClient)
+        return true;
+    for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it)
+        if (!m_pictured.contains(it.key()))
+            return false;
+    return true;
+}
+
+void orvexwbwebview::jobsIdle()
+{
+    if (!isStopped() && isSettled())
+        emit settled();
 }
 
 QString orvexwbwebview::getTranslation(QString label)
@@ -523,6 +588,7 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
     if (doServer && m_classifyClient)
         m_classifyClient->removeFromClipboard(m_id, id);
     m_cards.remove(id);
+    m_pictured.remove(id);
     page()->runJavaScript(orvexcardscripts::maxPageQuery(id));
     orvexDebug() << "REMOVE CARD!";
     page()->runJavaScript(orvexcardscripts::removeCard(id));
@@ -610,11 +676,24 @@ void orvexwbwebview::reloadCards()
         QProgressDialog progress(tr("Loading clipboard..."), QString(), 0, entries.size(), this);
         progress.setWindowModality(Qt::WindowModal);
         progress.setMinimumDuration(3000);
+        // The cards are taken in the server's order (the first 200), and their
+        // scripts put in the order the page shows them, the newest entry
+        // first, so that the cards on screen ask for their images first.
+        QVector<QPair<qlonglong, QString>> cards;
+        cards.reserve(entries.size());
         for (int i = 0; i < entries.size(); ++i) {
             const QStringList parts = entries.at(i).split(kSep);
-            script += appendCard(parts.value(0), parts.value(1), comments.value(i), false);
+            const QString card = appendCard(parts.value(0), parts.value(1), comments.value(i), false);
+            if (!card.isEmpty())
+                cards.append({parts.value(1).toLongLong(), card});
             progress.setValue(i);
         }
+        std::stable_sort(cards.begin(), cards.end(),
+                         [](const QPair<qlonglong, QString> &a, const QPair<qlonglong, QString> &b) {
+                             return a.first > b.first;
+                         });
+        for (const auto &card : qAsConst(cards))
+            script += card.second;
     }
     emit javascript(script);
     sortCards();
@@ -742,10 +821,14 @@ QString orvexwbwebview::getCardPixmap(QString cardid, QString docid, QString cur
         orvexWarning() << "CARD PIXMAP REFUSED" << cardid << docid << curpage;
         return QString();
     }
+    // A card's first image waits its turn; a page the user turns to goes first.
+    const auto priority = curpage != QLatin1String("0") || m_pictured.contains(cardid)
+                              ? orvexboardjobs::User
+                              : orvexboardjobs::Background;
     if (m_archiveClient)
         m_jobs->start([this, cardid, docid, curpage] {
             m_jobs->fetchThumbnail(m_archiveClient, cardid, docid, curpage, m_placeholder);
-        });
+        }, priority);
     emit javascript(orvexcardscripts::thumbnailLoading(cardid));
     return QString();
 }
@@ -758,7 +841,11 @@ void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpag
     if (isStopped() || !isId(cardid))
         return;
     const QString script = orvexcardscripts::thumbnailPages(cardid, orvexcardscripts::pageCount(pageCount));
-    m_jobs->start([this, cardid, script, pix] { setPix(cardid, script, pix); });
+    // Once fetched, an image is finished before the next one is fetched.
+    const auto priority = m_pictured.contains(cardid) ? orvexboardjobs::User : orvexboardjobs::Finish;
+    if (m_cards.contains(cardid))
+        m_pictured.insert(cardid);
+    m_jobs->start([this, cardid, script, pix] { setPix(cardid, script, pix); }, priority);
 }
 
 void orvexwbwebview::setPix(QString cardid, QString javascript, QPixmap pix)

@@ -8,6 +8,7 @@
 #include <QMutex>
 #include <QPixmap>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -104,6 +105,9 @@ signals:
     void reloadClipboards();
     void javascript(QString script);
     void focusTab();
+    // No background job is waiting or running, and every card has had its
+    // first page image: the board is filled. Sent on the GUI thread.
+    void settled();
 
 public slots:
     void addClipboard();
@@ -147,8 +151,15 @@ protected:
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
+public:
+    bool isSettled() const;
+
 private:
     QString countLine() const;
+    // Runs the scripts the pool threads sent meanwhile in one go, each on its
+    // own so that one that fails does not stop the next.
+    void flushScripts();
+    void jobsIdle();
     void runCardDrag(const QString &cardId);
     QString noteOf(const QString &cardId) const;
 
@@ -174,4 +185,8 @@ private:
     bool m_cardDragRunning = false;
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
+    QMutex m_scriptsMutex; // guards the two below, filled by pool threads
+    QStringList m_pendingScripts;
+    bool m_flushQueued = false;
+    QSet<QString> m_pictured; // cards whose first image has come
 };

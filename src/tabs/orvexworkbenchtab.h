@@ -6,6 +6,8 @@
 #include <QList>
 #include <QMutex>
 #include <QPair>
+#include <QPointer>
+#include <QSet>
 #include <QStringList>
 #include <QTabWidget>
 
@@ -90,6 +92,10 @@ private:
     void cancelRename();
     void connectTabBar();
     void disconnectTabBar();
+    // Boards of tabs not shown yet get their page and cards later: when shown,
+    // or once the boards before them have settled, one at a time.
+    void loadBoard(orvexwbwebview *board);
+    void fillNextBoard();
 
     orvexclipboardchooser *m_chooser = nullptr;
     kelArchiveClientInterface *m_archiveClient = nullptr;
@@ -104,4 +110,7 @@ private:
     int m_busy = 0;
     bool m_reloadPending = false;
     bool m_destroying = false;
+    QList<orvexwbwebview *> m_unloaded; // in tab order; their pages not loaded yet
+    QPointer<orvexwbwebview> m_loading; // its page is loading, its cards follow
+    QSet<orvexwbwebview *> m_filled;    // asked for their cards at least once
 };

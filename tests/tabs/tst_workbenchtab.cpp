@@ -50,6 +50,46 @@ private slots:
         delete m_archive;
     }
 
+    // A dock of several full clipboards: the tab shown gets its page and cards
+    // first; the others wait until it has settled, then fill one after the
+    // other, and a tab shown before its turn fills at once.
+    void hiddenBoardsFillAfterTheShownOne()
+    {
+        QStringList clips;
+        for (int c = 0; c < 4; ++c) {
+            clips << m_classify->addClipboard(QString("Clipboard %1").arg(c + 1), true);
+            for (int i = 0; i < 3; ++i) {
+                const QString docId = QString::number(100 + c * 10 + i);
+                RecordingArchiveClient::Document document;
+                document.docId = docId.toInt();
+                m_archive->addDocument(document);
+                m_classify->addEntry(clips.last(), docId, QString::number(1000 + c * 10 + i));
+            }
+        }
+        m_archive->log().setStalled("getDocumentThumbnail");
+        start();
+        QCOMPARE(m_tabs->count(), 4);
+        // The shown board fills; while its images are on their way the others
+        // have not even loaded their pages.
+        QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardCount(), 3, kLong);
+        QTRY_VERIFY_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail") > 0, kLong);
+        for (int i = 1; i < 4; ++i) {
+            QVERIFY(m_tabs->boardAt(i)->url().isEmpty());
+            QCOMPARE(m_tabs->boardAt(i)->cardCount(), 0);
+        }
+        // Shown before its turn: it fills at once.
+        m_tabs->setCurrentIndex(2);
+        QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(2)->cardCount(), 3, kLong);
+        QVERIFY(m_tabs->boardAt(1)->url().isEmpty());
+        // Once the images have come, the rest follow.
+        m_archive->log().setStalled("getDocumentThumbnail", false);
+        m_archive->log().release("getDocumentThumbnail");
+        for (int i = 0; i < 4; ++i)
+            QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(i)->cardCount(), 3, kLong);
+        QTRY_VERIFY_WITH_TIMEOUT(m_tabs->boardAt(3)->isSettled(), kLong);
+        QCOMPARE(m_tabs->boardAt(3)->getId(), clips.at(3));
+    }
+
     void serverListDiff()
     {
         const QString renamed = m_classify->addClipboard("Old name", true);
