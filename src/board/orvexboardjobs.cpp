@@ -41,9 +41,8 @@ namespace {
 class BoardJob final : public QRunnable
 {
 public:
-    BoardJob(std::function<void()> job, std::function<void()> ended)
+    explicit BoardJob(std::function<void()> job)
         : m_job(std::move(job))
-        , m_ended(std::move(ended))
     {
         m_state.reportStarted();
     }
@@ -61,13 +60,11 @@ public:
         Q_UNUSED(lowered)
         if (!m_state.isCanceled())
             m_job();
-        m_ended();
         m_state.reportFinished();
     }
 
 private:
     std::function<void()> m_job;
-    std::function<void()> m_ended;
     QFutureInterface<void> m_state;
 };
 } // namespace
@@ -79,19 +76,10 @@ bool orvexboardjobs::start(std::function<void()> job, Priority priority)
     m_futures.erase(std::remove_if(m_futures.begin(), m_futures.end(),
                                    [](const QFuture<void> &future) { return future.isFinished(); }),
                     m_futures.end());
-    ++m_pending;
-    auto *runnable = new BoardJob(std::move(job), [this] {
-        if (--m_pending == 0)
-            emit idle();
-    });
+    auto *runnable = new BoardJob(std::move(job));
     m_futures.append(runnable->future());
     m_workPool.start(runnable, priority);
     return true;
-}
-
-bool orvexboardjobs::isIdle() const
-{
-    return m_pending == 0;
 }
 
 void orvexboardjobs::stop()

@@ -41,8 +41,6 @@ public:
     };
     // Runs job on the pool and keeps its future; false once stopped.
     bool start(std::function<void()> job, Priority priority = Background);
-    // Whether no job is waiting or running.
-    bool isIdle() const;
     // Safe to call more than once.
     void stop();
     bool isStopped() const;
@@ -69,8 +67,6 @@ public:
     static bool isSendingThumbnail();
 
 signals:
-    // The last job waiting or running has ended (sent from its pool thread).
-    void idle();
     void cardData(QString id, QStringList data);
     void doAddCard(QString docId, QString docsId, QString comment);
     void doUpdateComment(QString id, QString comment);
@@ -84,5 +80,4 @@ private:
     QThreadPool m_secondPool;
     QList<QFuture<void>> m_futures;
     std::atomic<bool> m_stopped{false};
-    std::atomic<int> m_pending{0};
 };

@@ -102,11 +102,14 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
     connect(m_jobs, &orvexboardjobs::doSetCardPixmap, this, &orvexwbwebview::doSetCardPixmap,
             Qt::DirectConnection);
     connect(m_jobs, &orvexboardjobs::javascript, this, &orvexwbwebview::javascript, Qt::DirectConnection);
-    connect(m_jobs, &orvexboardjobs::idle, this, &orvexwbwebview::jobsIdle, Qt::QueuedConnection);
 
     // Called on the emitting thread: doJavascript() hands the scripts of the
     // pool threads to the GUI thread, the cards' images in batches.
     connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript, Qt::DirectConnection);
+    // Scripts sent before the page is there wait for it: a board may learn its
+    // cards while its page still loads.
+    connect(this, &QWebEngineView::loadStarted, this, [this] { m_pageReady = false; });
+    connect(this, &QWebEngineView::loadFinished, this, &orvexwbwebview::pageLoaded);
     // appendCard has default arguments; the three-argument form is picked by signature.
     connect(this, SIGNAL(doAddCard(QString,QString,QString)), this,
             SLOT(appendCard(QString,QString,QString)), Qt::QueuedConnection);
@@ -243,7 +246,7 @@ void orvexwbwebview::doJavascript(QString jscript)
     if (isStopped())
         return;
     if (QThread::currentThread() == thread()) {
-        page()->runJavaScript(jscript);
+        runScript(jscript);
         return;
     }
     if (!orvexboardjobs::isSendingThumbnail()) {
@@ -270,7 +273,7 @@ void orvexwbwebview::flushScripts()
     if (isStopped() || scripts.isEmpty())
         return;
     if (scripts.size() == 1) {
-        page()->runJavaScript(scripts.first());
+        runScript(scripts.first());
         return;
     }
     int length = 0;
@@ -281,25 +284,23 @@ void orvexwbwebview::flushScripts()
     for (const QString &script : qAsConst(scripts))
         batch += QStringLiteral("try{") + script + QStringLiteral("\n}catch(e){}");
     batch += QStringLiteral("null;");
-    page()->runJavaScript(batch);
+    runScript(batch);
 }
 
-bool orvexwbwebview::isSettled() const
+void orvexwbwebview::runScript(const QString &script)
 {
-    if (!m_jobs->isIdle())
-        return false;
-    if (!m_archiveClient)
-        return true;
-    for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it)
-        if (!m_pictured.contains(it.key()))
-            return false;
-    return true;
+    if (m_pageReady)
+        page()->runJavaScript(script);
+    else
+        m_waitingForPage << script;
 }
 
-void orvexwbwebview::jobsIdle()
+void orvexwbwebview::pageLoaded()
 {
-    if (!isStopped() && isSettled())
-        emit settled();
+    m_pageReady = true;
+    const QStringList scripts = std::exchange(m_waitingForPage, {});
+    for (const QString &script : scripts)
+        page()->runJavaScript(script);
 }
 
 QString orvexwbwebview::getTranslation(QString label)
@@ -589,9 +590,9 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
         m_classifyClient->removeFromClipboard(m_id, id);
     m_cards.remove(id);
     m_pictured.remove(id);
-    page()->runJavaScript(orvexcardscripts::maxPageQuery(id));
+    runScript(orvexcardscripts::maxPageQuery(id));
     orvexDebug() << "REMOVE CARD!";
-    page()->runJavaScript(orvexcardscripts::removeCard(id));
+    runScript(orvexcardscripts::removeCard(id));
     orvexDebug() << "CARDIDS: " << m_cards.size();
     emit javascript(countLine());
 }

@@ -105,9 +105,6 @@ signals:
     void reloadClipboards();
     void javascript(QString script);
     void focusTab();
-    // No background job is waiting or running, and every card has had its
-    // first page image: the board is filled. Sent on the GUI thread.
-    void settled();
 
 public slots:
     void addClipboard();
@@ -151,15 +148,14 @@ protected:
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
-public:
-    bool isSettled() const;
-
 private:
     QString countLine() const;
     // Runs the scripts the pool threads sent meanwhile in one go, each on its
     // own so that one that fails does not stop the next.
     void flushScripts();
-    void jobsIdle();
+    // Runs a script in the page, or keeps it until the page has loaded.
+    void runScript(const QString &script);
+    void pageLoaded();
     void runCardDrag(const QString &cardId);
     QString noteOf(const QString &cardId) const;
 
@@ -189,4 +185,6 @@ private:
     QStringList m_pendingScripts;
     bool m_flushQueued = false;
     QSet<QString> m_pictured; // cards whose first image has come
+    bool m_pageReady = false;
+    QStringList m_waitingForPage;
 };

@@ -19,6 +19,7 @@
 #include <QUrl>
 #include <QWebEngineSettings>
 
+
 namespace {
 const QChar kFieldSeparator(0xFEFF);
 const int kMaxTitleLength = 254;
@@ -157,48 +158,14 @@ void orvexworkbenchtab::reloadCards()
     orvexwbwebview *board = boardAt(currentIndex());
     if (!board)
         return;
-    if (m_unloaded.contains(board) || board == m_loading) {
-        loadBoard(board);
-        return;
-    }
-    m_filled.insert(board);
-    board->reloadCards();
-}
-
-void orvexworkbenchtab::loadBoard(orvexwbwebview *board)
-{
-    if (m_destroying || board == m_loading)
-        return;
-    m_unloaded.removeAll(board);
-    m_loading = board;
-    auto *connection = new QMetaObject::Connection;
-    *connection = connect(board, &QWebEngineView::loadFinished, this, [this, board, connection] {
-        disconnect(*connection);
-        delete connection;
-        if (m_loading == board)
-            m_loading = nullptr;
-        if (m_destroying || indexOf(board) < 0)
-            return;
+    // A board shown for the first time gets its page now. It learns its cards
+    // at once (a drop onto it is judged by them); its scripts wait for the page.
+    if (m_unloaded.removeAll(board) > 0) {
+        board->load(QUrl(QString::fromLatin1(kBoardPage)));
         board->updateTranslations();
         board->updateWriteable();
-        m_filled.insert(board);
-        board->reloadCards();
-        // A board without cards has nothing to wait for.
-        if (board->isSettled())
-            fillNextBoard();
-    });
-    board->load(QUrl(QString::fromLatin1(kBoardPage)));
-}
-
-void orvexworkbenchtab::fillNextBoard()
-{
-    if (m_destroying || m_loading || m_unloaded.isEmpty())
-        return;
-    // The board shown comes first: the others wait until it has its cards and images.
-    orvexwbwebview *shown = boardAt(currentIndex());
-    if (shown && (!m_filled.contains(shown) || !shown->isSettled()))
-        return;
-    loadBoard(m_unloaded.first());
+    }
+    board->reloadCards();
 }
 
 void orvexworkbenchtab::focusTab()
@@ -359,9 +326,6 @@ void orvexworkbenchtab::dropTab(int index)
     if (!board)
         return;
     m_unloaded.removeAll(board);
-    m_filled.remove(board);
-    if (m_loading == board)
-        m_loading = nullptr;
     // A board resets the archive client's connection when it goes, which is
     // meant for the end of the workbench, not for one removed clipboard.
     board->stop();
@@ -442,41 +406,14 @@ void orvexworkbenchtab::addNewClipboard(QString uuid, QString name, bool focus, 
     connect(board, &orvexwbwebview::doCommand, this, &orvexworkbenchtab::doCommand);
     connect(board, &orvexwbwebview::reloadClipboards, this, &orvexworkbenchtab::reloadClipboards);
     connect(board, &orvexwbwebview::focusTab, this, &orvexworkbenchtab::focusTab);
-    connect(board, &orvexwbwebview::settled, this, &orvexworkbenchtab::fillNextBoard);
 
     board->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, true);
 
-    // A clipboard that is not shown now gets its page later (loadBoard()), so
-    // that the one shown loads and fills without sharing the machine.
+    // A clipboard that is not shown now gets its page when it is (reloadCards()),
+    // so that the one shown loads and fills without sharing the machine.
     const bool deferred = !focus && count() > 0 && !uuid.isEmpty();
-    if (!deferred) {
-        // Scripts may only reach the page once it has loaded, so wait for it here.
-        m_loaded = false;
-        connect(board, &QWebEngineView::loadFinished, this, &orvexworkbenchtab::setLoaded);
-        {
-            QPointer<orvexworkbenchtab> self(this);
-            QPointer<orvexwbwebview> guard(board);
-            QEventLoop loop;
-            QTimer timeout;
-            timeout.setSingleShot(true);
-            connect(board, &QWebEngineView::loadFinished, &loop, &QEventLoop::quit);
-            connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
-            // The board goes with the tab set, and whoever deletes either ends the
-            // wait at once rather than when the timeout runs out.
-            connect(board, &QObject::destroyed, &loop, &QEventLoop::quit);
-            enterBusy();
-            board->load(QUrl(QString::fromLatin1(kBoardPage)));
-            timeout.start(kPageLoadTimeout);
-            loop.exec();
-            if (!self)
-                return; // the tab set went away meanwhile, and the board with it
-            leaveBusy();
-            if (!guard || m_destroying)
-                return;
-            if (!timeout.isActive())
-                orvexWarning() << "ADD CLIPBOARD page load timed out" << uuid;
-        }
-    }
+    if (!deferred && !waitForPage(board, uuid))
+        return; // the tab set or the board went away meanwhile
     disconnect(board, &QWebEngineView::loadFinished, this, &orvexworkbenchtab::setLoaded);
 
     if (!name.isEmpty() || !uuid.isEmpty()) {
@@ -505,10 +442,37 @@ void orvexworkbenchtab::addNewClipboard(QString uuid, QString name, bool focus, 
     decorateTab(index);
     if (m_chooser)
         m_chooser->addClipboard(name, board);
-    if (deferred) {
+    if (deferred)
         m_unloaded.append(board);
-        QMetaObject::invokeMethod(this, &orvexworkbenchtab::fillNextBoard, Qt::QueuedConnection);
-    }
+}
+
+bool orvexworkbenchtab::waitForPage(orvexwbwebview *board, const QString &uuid)
+{
+    // Scripts may only reach the page once it has loaded, so wait for it here.
+    m_loaded = false;
+    connect(board, &QWebEngineView::loadFinished, this, &orvexworkbenchtab::setLoaded);
+    QPointer<orvexworkbenchtab> self(this);
+    QPointer<orvexwbwebview> guard(board);
+    QEventLoop loop;
+    QTimer timeout;
+    timeout.setSingleShot(true);
+    connect(board, &QWebEngineView::loadFinished, &loop, &QEventLoop::quit);
+    connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
+    // The board goes with the tab set, and whoever deletes either ends the
+    // wait at once rather than when the timeout runs out.
+    connect(board, &QObject::destroyed, &loop, &QEventLoop::quit);
+    enterBusy();
+    board->load(QUrl(QString::fromLatin1(kBoardPage)));
+    timeout.start(kPageLoadTimeout);
+    loop.exec();
+    if (!self)
+        return false; // the tab set went away meanwhile, and the board with it
+    leaveBusy();
+    if (!guard || m_destroying)
+        return false;
+    if (!timeout.isActive())
+        orvexWarning() << "ADD CLIPBOARD page load timed out" << uuid;
+    return true;
 }
 
 void orvexworkbenchtab::removeClipboard(int index)

@@ -6,8 +6,6 @@
 #include <QList>
 #include <QMutex>
 #include <QPair>
-#include <QPointer>
-#include <QSet>
 #include <QStringList>
 #include <QTabWidget>
 
@@ -92,10 +90,9 @@ private:
     void cancelRename();
     void connectTabBar();
     void disconnectTabBar();
-    // Boards of tabs not shown yet get their page and cards later: when shown,
-    // or once the boards before them have settled, one at a time.
-    void loadBoard(orvexwbwebview *board);
-    void fillNextBoard();
+    // Loads the board's page in a nested event loop; false when the tab set or
+    // the board went away meanwhile (then nothing of the tab set may be touched).
+    bool waitForPage(orvexwbwebview *board, const QString &uuid);
 
     orvexclipboardchooser *m_chooser = nullptr;
     kelArchiveClientInterface *m_archiveClient = nullptr;
@@ -110,7 +107,5 @@ private:
     int m_busy = 0;
     bool m_reloadPending = false;
     bool m_destroying = false;
-    QList<orvexwbwebview *> m_unloaded; // in tab order; their pages not loaded yet
-    QPointer<orvexwbwebview> m_loading; // its page is loading, its cards follow
-    QSet<orvexwbwebview *> m_filled;    // asked for their cards at least once
+    QList<orvexwbwebview *> m_unloaded; // boards of tabs not shown yet, without their page
 };
