@@ -6,10 +6,10 @@
 #include "orvexduplicatereply.h"
 #include "orvexduplicatesdlg.h"
 #include "orvexfilecopy.h"
+#include "orvexlauncher.h"
 #include "orvexlog.h"
 
 #include <QCoreApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
@@ -18,7 +18,6 @@
 #include <QPluginLoader>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QUrl>
 #include <QtConcurrent>
 
 namespace {
@@ -342,6 +341,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 {
     m_offlineArchive = offline;
     m_canceled = false;
+    m_launches.clear();
     if (!requireClient())
         return false;
     if (docIds.isEmpty())
@@ -376,6 +376,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 
     const int exportPurpose = purpose == -1 ? (openMode ? 0 : 1) : purpose;
     QStringList fetched;
+    QStringList opened;
     // Online, fetched files are temporary: a copy export that stops leaves none behind.
     const auto abandon = [&]() {
         if (!openMode && !offline)
@@ -410,10 +411,15 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
         const QString named = getNewFileName(path, remarks, docIds.at(i), docsIds.at(i),
                                              versions.isEmpty() ? -1 : versions.at(i), true);
         resultFiles << named;
-        QDesktopServices::openUrl(QUrl::fromLocalFile(named));
+        opened << named;
     }
-    if (openMode)
+    if (openMode) {
+        // Only now: no event is processed between a launch and the return,
+        // so the caller learns of every outcome through launches().
+        for (const QString &file : qAsConst(opened))
+            launch(OrvexLauncher::Purpose::OpenFile, file, QLatin1String(OrvexLauncher::OpenProgram), {file});
         return true;
+    }
 
     QStringList destinations = fetched;
     if (!offline) {
@@ -571,6 +577,7 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
 {
     m_offlineArchive = offline;
     m_canceled = false;
+    m_launches.clear();
     if (!requireClient())
         return false;
     if (!versions.isEmpty() && versions.size() != docIds.size()) {
@@ -625,8 +632,10 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
         done << docId;
     }
 
+    // The mail program reads the attachments after this call: they stay.
+    const QString subject = attachments.join(QLatin1Char('\n'));
     if (mailCommand.isEmpty()) {
-        QProcess::startDetached(QStringLiteral("xdg-email"), {mailto});
+        launch(OrvexLauncher::Purpose::Mail, subject, QLatin1String(OrvexLauncher::MailProgram), {mailto});
         return true;
     }
     QStringList quoted;
@@ -635,13 +644,32 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
     const QString command = mailCommand.arg(quoted.join(QLatin1Char(',')));
     QStringList arguments = QProcess::splitCommand(command);
     const QString program = arguments.isEmpty() ? QString() : arguments.takeFirst();
-    if (program.isEmpty() || !QProcess::startDetached(program, arguments)) {
-        orvexWarning() << "MAIL COMMAND FAILED" << command;
-        QMessageBox::critical(nullptr, tr("E-Mail Command"),
-                              tr("The e-mail could not be created, unable to start Mail-Client!"));
-    }
-    // The mail program reads the attachments after this call: they stay.
+    launch(OrvexLauncher::Purpose::Mail, subject, program, arguments);
     return true;
+}
+
+OrvexLauncher *OrvexArchiveWorker::launch(OrvexLauncher::Purpose purpose, const QString &subject,
+                                          const QString &program, const QStringList &arguments)
+{
+    auto *launcher = new OrvexLauncher(purpose, this);
+    launcher->setSubject(subject);
+    connect(launcher, &OrvexLauncher::finished, launcher, [launcher](bool ok, const QString &error) {
+        if (!ok)
+            orvexWarning() << "LAUNCH FAILED" << error;
+        launcher->deleteLater();
+    });
+    m_launches << launcher;
+    launcher->start(program, arguments);
+    return launcher;
+}
+
+QList<OrvexLauncher *> OrvexArchiveWorker::launches() const
+{
+    QList<OrvexLauncher *> alive;
+    for (const QPointer<OrvexLauncher> &launcher : m_launches)
+        if (launcher)
+            alive << launcher;
+    return alive;
 }
 
 bool OrvexArchiveWorker::abandonUpload(const QString &uploadId, const QString &error)

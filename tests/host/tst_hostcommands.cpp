@@ -7,28 +7,26 @@
 #include "orvexclassificationdialog.h"
 #include "orvexhostcommands.h"
 
-#include <QDesktopServices>
 #include <QtTest>
 
 class tst_HostCommands : public QObject
 {
     Q_OBJECT
 
-public:
-    // The desktop's viewer, as far as the tests are concerned.
-    Q_INVOKABLE void openUrl(const QUrl &url) { m_opened << url; }
-
 private slots:
     void initTestCase();
     void exportAsksForAFolderAndBeforeOverwriting();
     void mailHandsTheFilesToTheMailCommand();
-    void openShowsAnExportedFile();
+    void launchersAreTold_data();
+    void launchersAreTold();
     void classificationShowsTheFields();
     void unknownCardsAreTold_data();
     void unknownCardsAreTold();
 
 private:
     QStringList fileNames(const QStringList &paths) const;
+    // A folder holding a launcher script of that name that exits with exitCode; none below 0.
+    QString launcherFolder(const QString &name, int exitCode);
 
     QTemporaryDir m_scratch;
     OrvexArchive m_archive;
@@ -37,7 +35,6 @@ private:
     QStringList m_cards;                     // a clipboard's cards
     QStringList m_expectedNames;             // the archive's file names of their documents
     QMap<QString, OrvexArchiveDocument> m_documents;
-    QList<QUrl> m_opened;
 };
 
 void tst_HostCommands::initTestCase()
@@ -127,14 +124,75 @@ void tst_HostCommands::mailHandsTheFilesToTheMailCommand()
     QCOMPARE(fileNames(QString::fromUtf8(arguments.readAll()).trimmed().split(QLatin1Char(','))), m_expectedNames);
 }
 
-void tst_HostCommands::openShowsAnExportedFile()
+QString tst_HostCommands::launcherFolder(const QString &name, int exitCode)
 {
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
+    const QString folder = m_scratch.filePath(QStringLiteral("bin-%1-%2").arg(name).arg(exitCode));
+    QDir().mkpath(folder);
+    if (exitCode < 0)
+        return folder; // no launcher at all
+    QFile script(folder + QLatin1Char('/') + name);
+    if (!script.open(QIODevice::WriteOnly))
+        return {};
+    script.write(QStringLiteral("#!/bin/sh\nprintf '%s\\n' \"$@\" > '%1/arguments'\nexit %2\n")
+                     .arg(folder).arg(exitCode).toUtf8());
+    script.close();
+    script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
+    return folder;
+}
+
+void tst_HostCommands::launchersAreTold_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<int>("exitCode"); // of the launcher; -1: there is none
+    QTest::addColumn<QString>("told");
+
+    // Failed before: each said it had worked, whatever the launcher did. A
+    // failure is also shown in a box; "in the viewer." and "to the mail program."
+    // end the messages of success.
+    QTest::newRow("open, no launcher") << "OPENDOC" << -1 << "No program to open PDF files is set up (xdg-open).";
+    QTest::newRow("open, launcher fails") << "OPENDOC" << 4 << "could not be opened: xdg-open ended with exit code 4.";
+    QTest::newRow("open, launcher works") << "OPENDOC" << 0 << "in the viewer.";
+    QTest::newRow("mail, no launcher") << "MAILDOCS" << -1 << "No mail program is set up (xdg-email).";
+    QTest::newRow("mail, launcher fails") << "MAILDOCS" << 3 << "The mail program xdg-email ended with exit code 3.";
+    QTest::newRow("mail, launcher works") << "MAILDOCS" << 0 << "to the mail program.";
+}
+
+void tst_HostCommands::launchersAreTold()
+{
+    QFETCH(QString, command);
+    QFETCH(int, exitCode);
+    QFETCH(QString, told);
+    const bool works = exitCode == 0;
+
+    const bool opens = command == QLatin1String("OPENDOC");
+    const QString launcher = opens ? QStringLiteral("xdg-open") : QStringLiteral("xdg-email");
+    const QString folder = launcherFolder(launcher, exitCode);
+    QSettings().remove(QLatin1String(OrvexHostCommands::MailCommandKey)); // the desktop's launcher
     const QStringList fields = m_archive.classifyClient()->getCardInfo(m_cards.first(), QString());
-    QVERIFY(m_commands->carryOut(QStringLiteral("OPENDOC"), {fields.at(0), QStringLiteral("a note"), m_cards.first()}));
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-    QCOMPARE(m_opened.size(), 1);
-    QCOMPARE(fileNames({m_opened.first().toLocalFile()}), QStringList{m_documents.value(fields.at(0)).fileName});
+    const QStringList args = opens ? QStringList{fields.at(0), QStringLiteral("a note"), m_cards.first()} : m_cards;
+
+    QSignalSpy messages(m_commands, &OrvexHostCommands::message);
+    ModalAnswerer answer(QMessageBox::Ok);
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", QFile::encodeName(folder));
+    const bool started = m_commands->carryOut(command, args);
+    qputenv("PATH", path);
+    QVERIFY(started);
+    // At first only that it is under way; the outcome follows once the launcher tells.
+    QVERIFY2(messages.last().at(0).toString().endsWith(QStringLiteral("...")), qPrintable(messages.last().at(0).toString()));
+    QTRY_VERIFY_WITH_TIMEOUT(messages.last().at(0).toString().endsWith(told), 15000);
+    QTRY_COMPARE(answer.answered(), !works);
+    QVERIFY2(works || answer.seenText().contains(told), qPrintable(answer.seenText()));
+    if (exitCode < 0)
+        return;
+    // The launcher got the document's file, or the mail with every attachment.
+    QFile arguments(folder + QStringLiteral("/arguments"));
+    QVERIFY(arguments.open(QIODevice::ReadOnly));
+    const QString given = QString::fromUtf8(arguments.readAll()).trimmed();
+    if (opens)
+        QCOMPARE(fileNames({given}), QStringList{m_documents.value(fields.at(0)).fileName});
+    else
+        QCOMPARE(given.count(QStringLiteral("&attach=")), m_expectedNames.size());
 }
 
 void tst_HostCommands::classificationShowsTheFields()
