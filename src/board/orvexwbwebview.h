@@ -39,6 +39,8 @@ class orvexcardbridge;
 class ORVEXWORKBENCH_EXPORT orvexwbwebview : public QWebEngineView
 {
     Q_OBJECT
+    // The clipboard's uuid, for hosts that keep the tab shown across restarts.
+    Q_PROPERTY(QString clipboardId READ getId)
 
 public:
     explicit orvexwbwebview(QWidget *parent = nullptr);

@@ -26,6 +26,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QSettings>
 #include <QStatusBar>
 #include <QTableView>
 #include <QWebEnginePage>
@@ -59,6 +60,7 @@ private slots:
     void documentDragShowsTheChooser();
     void themeColourReachesTheChooser();
     void sessionOnAFreshArchive();
+    void layoutSurvivesARestart();
     void germanTexts(); // last: installs translators for the rest of the process
 
 private:
@@ -238,6 +240,54 @@ void tst_HostWindow::sessionOnAFreshArchive()
         board->page()->runJavaScript(script, [shown](const QVariant &text) { *shown = text.toString(); });
         return *shown;
     }()), docIds.join(QLatin1Char(';')), 20000);
+}
+
+// Failed before: the window's size, the dock's width and the clipboard shown were forgotten.
+void tst_HostWindow::layoutSurvivesARestart()
+{
+    QSettings().clear(); // test mode: the test's own settings
+    RecordingClassifyClient classify;
+    classify.addClipboard(QStringLiteral("Inbox"));
+    const QString shown = classify.addClipboard(QStringLiteral("Tax 2026"));
+    classify.addClipboard(QStringLiteral("Letters"));
+    // A host run: a plugin instance and a window over the same clients.
+    struct Run
+    {
+        std::unique_ptr<TavloDocPluginInterface> plugin;
+        std::unique_ptr<OrvexHostWindow> window;
+    };
+    const auto start = [&](Run &run) {
+        run.plugin.reset(m_loader.plugin()->createInstance());
+        run.window = std::make_unique<OrvexHostWindow>();
+        QVERIFY(run.window->installWorkbench(run.plugin.get(), &classify, m_archive, m_connection));
+        run.window->restoreLayout();
+        run.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(run.window.get()));
+    };
+
+    Run first;
+    start(first);
+    first.window->resize(1000, 640);
+    first.window->resizeDocks({first.window->workbenchDock()}, {420}, Qt::Horizontal);
+    QVERIFY(first.window->showClipboard(shown));
+    QTRY_COMPARE(first.window->workbenchDock()->width(), 420);
+    QVERIFY(first.window->close());
+    first.window.reset();
+
+    Run second;
+    start(second);
+    QCOMPARE(second.window->size(), QSize(1000, 640));
+    QTRY_COMPARE(second.window->workbenchDock()->width(), 420);
+    QCOMPARE(second.window->currentClipboard(), shown);
+
+    // A clipboard that has gone meanwhile leaves the first tab shown.
+    second.window->close();
+    second.window.reset();
+    QVERIFY(classify.removeClipboard(shown));
+    Run third;
+    start(third);
+    QVERIFY(!third.window->currentClipboard().isEmpty());
+    QVERIFY(third.window->currentClipboard() != shown);
 }
 
 void tst_HostWindow::germanTexts()
