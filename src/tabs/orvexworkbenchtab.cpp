@@ -9,10 +9,12 @@
 #include <QEventLoop>
 #include <QHash>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QSet>
+#include <QStackedWidget>
 #include <QStyle>
 #include <QTabBar>
 #include <QTimer>
@@ -42,6 +44,14 @@ orvexworkbenchtab::orvexworkbenchtab(QWidget *parent)
     setMouseTracking(true);
     connectTabBar();
     addAddTab();
+
+    // Stands in for the boards while the filter leaves no tab.
+    m_noMatch = new QLabel(tr("No clipboard matches"), this);
+    m_noMatch->setObjectName(QStringLiteral("m_noMatch"));
+    m_noMatch->setAccessibleName(m_noMatch->text());
+    m_noMatch->setAlignment(Qt::AlignCenter);
+    m_noMatch->setAutoFillBackground(true);
+    m_noMatch->hide();
 }
 
 orvexworkbenchtab::~orvexworkbenchtab()
@@ -567,19 +577,38 @@ void orvexworkbenchtab::tabFilterChanged(QString text)
     const int cornerHeight = m_cornerWidget.height();
     m_cornerWidget.setMinimumHeight(cornerHeight);
     setMinimumHeight(cornerHeight);
+    int firstShown = -1;
     if (text.isEmpty()) {
         for (int i = 0; i < count(); ++i)
             setTabEnabled(i, true);
+        firstShown = count() > 0 ? 0 : -1;
     } else {
         const QString wanted = text.toLower();
         for (int i = count() - 1; i >= 0; --i) {
             orvexwbwebview *board = boardAt(i);
-            setTabEnabled(i, board && board->getTabText().toLower().contains(wanted));
+            const bool shown = board && board->getTabText().toLower().contains(wanted);
+            setTabEnabled(i, shown);
+            if (shown)
+                firstShown = i;
         }
     }
+    // The board shown belongs to a tab the filter keeps, or to none.
+    if (firstShown >= 0 && !isTabEnabled(currentIndex()))
+        setCurrentIndex(firstShown);
+    m_noMatch->setVisible(firstShown < 0 && count() > 0);
+    placeNoMatch();
     m_cornerWidget.setMinimumHeight(cornerHeight);
     setMinimumHeight(cornerHeight);
     setStyleSheet(fullSheet());
+}
+
+void orvexworkbenchtab::placeNoMatch()
+{
+    if (!m_noMatch->isVisible())
+        return;
+    const auto *pages = findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    m_noMatch->setGeometry(pages ? pages->geometry() : rect());
+    m_noMatch->raise();
 }
 
 bool orvexworkbenchtab::event(QEvent *event)
@@ -591,6 +620,8 @@ bool orvexworkbenchtab::event(QEvent *event)
         setStyleSheet(fullSheet());
     }
     const bool handled = QTabWidget::event(event);
+    if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)
+        placeNoMatch();
     if (event->type() == QEvent::EnabledChange)
         setStyleSheet(isEnabled() ? fullSheet() : buttonOnlySheet());
     return handled;

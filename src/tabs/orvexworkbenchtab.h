@@ -13,6 +13,7 @@ class ClassifyInterface;
 class kelArchiveClientInterface;
 class orvexclipboardchooser;
 class orvexwbwebview;
+class QLabel;
 class QLineEdit;
 
 // The tab set inside the workbench dock: one tab per clipboard, each showing a
@@ -82,6 +83,8 @@ private:
     QString nextNewClipboardName() const;
     QString titleFor(const QString &name) const;
     void decorateTab(int index);
+    // Lays the empty state of the filter over the boards' area.
+    void placeNoMatch();
     // Takes the tab away and disposes of its board; keeps a rename in
     // progress on another tab pointing at the right one.
     void dropTab(int index);
@@ -98,6 +101,8 @@ private:
     QList<QPair<QString, orvexwbwebview *>> m_boards;
     bool m_loaded = false;
     QMutex m_lock;
+
+    QLabel *m_noMatch = nullptr;
 
     int m_busy = 0;
     bool m_reloadPending = false;

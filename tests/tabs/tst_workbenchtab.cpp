@@ -10,6 +10,7 @@
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScopeGuard>
@@ -317,14 +318,20 @@ private slots:
     {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QList<bool>>("enabled"); // Inbox, Invoices 2026, Archive
-        QTest::newRow("prefix") << "in" << QList<bool>{true, true, false};
-        QTest::newRow("inside the name") << "2026" << QList<bool>{false, true, false};
+        QTest::addColumn<int>("current");         // -1: the empty state instead of a board
+        QTest::newRow("prefix") << "in" << QList<bool>{true, true, false} << 0;
+        QTest::newRow("inside the name") << "2026" << QList<bool>{false, true, false} << 1;
+        // Failed before: the board of the hidden tab next to Inbox came into view.
+        QTest::newRow("only the last") << "arch" << QList<bool>{false, false, true} << 2;
+        // Failed before: no word that nothing matched, and a hidden tab's board in view.
+        QTest::newRow("nothing") << "zzz" << QList<bool>{false, false, false} << -1;
     }
 
     void filter()
     {
         QFETCH(QString, typed);
         QFETCH(QList<bool>, enabled);
+        QFETCH(int, current);
         m_classify->addClipboard("Inbox");
         m_classify->addClipboard("Invoices 2026");
         m_classify->addClipboard("Archive", false);
@@ -334,12 +341,27 @@ private slots:
         for (int i = 0; i < m_tabs->count(); ++i) // filtered tabs are disabled, not removed
             seen << m_tabs->isTabEnabled(i);
         QCOMPARE(seen, enabled);
+        auto *noMatch = m_tabs->findChild<QLabel *>("m_noMatch");
+        QVERIFY(noMatch);
+        QCOMPARE(noMatch->isVisible(), current < 0);
+        if (current >= 0) {
+            QCOMPARE(m_tabs->currentIndex(), current);
+        } else {
+            QCOMPARE(noMatch->text(), QStringLiteral("No clipboard matches"));
+            // It covers the board, so none is seen.
+            const QRect board(m_tabs->currentWidget()->mapTo(m_tabs, QPoint()), m_tabs->currentWidget()->size());
+            QVERIFY(noMatch->geometry().contains(board));
+            m_window->resize(900, 400); // and stays over it
+            QTRY_VERIFY(noMatch->geometry().contains(QRect(m_tabs->currentWidget()->mapTo(m_tabs, QPoint()),
+                                                           m_tabs->currentWidget()->size())));
+        }
         // Adding a clipboard clears the filter: every tab shows again.
         clickAdd();
         QVERIFY(filterField()->text().isEmpty());
         for (int i = 0; i < m_tabs->count(); ++i)
             QVERIFY(m_tabs->isTabEnabled(i));
         QCOMPARE(m_tabs->currentIndex(), 3);
+        QVERIFY(!noMatch->isVisible());
     }
 
     void stopStopsEveryBoard()
