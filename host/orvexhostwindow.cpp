@@ -12,6 +12,7 @@
 #include "orvexhostuploader.h"
 #include "orvexhoverwidgetpresenter.h"
 #include "orvexsnackbarfilter.h"
+#include "orvexstatusbaroffer.h"
 #include "tavlodocplugininterface.h"
 
 #include <QCloseEvent>
@@ -69,7 +70,14 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
         ui->m_filter->selectAll();
     });
     connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
-    connect(m_snackbars, &OrvexSnackbarFilter::snackbar, statusBar(), &QStatusBar::showMessage);
+    m_offer = new OrvexStatusBarOffer(statusBar());
+    connect(m_snackbars, &OrvexSnackbarFilter::snackbar, this,
+            [this](const QString &text, int timeoutMs, QAction *action) {
+                if (action)
+                    m_offer->show(text, action);
+                else
+                    statusBar()->showMessage(text, timeoutMs);
+            });
     // The status bar paints its message itself; as its accessible name a
     // screen reader (and the real-input tests) can read it too.
     connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setAccessibleName);

@@ -13,6 +13,7 @@ class OrvexDocumentFilterModel;
 class OrvexHostCommands;
 class OrvexDocumentListModel;
 class OrvexSnackbarFilter;
+class OrvexStatusBarOffer;
 class QDockWidget;
 class QLabel;
 class TavloDocPluginInterface;
@@ -101,6 +102,7 @@ private:
     QLabel *m_countLabel;
     QLabel *m_userLabel;
     OrvexSnackbarFilter *m_snackbars;
+    OrvexStatusBarOffer *m_offer = nullptr;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
     OrvexArchiveWorker *m_archiveWorker = nullptr;

@@ -3,7 +3,9 @@
 #include "classifyinterface.h"
 #include "orvexclipboardchooser.h"
 #include "orvexlog.h"
+#include "orvexundooffer.h"
 #include "orvexwbwebview.h"
+#include "qsnackbarevent.h"
 
 #include <QCursor>
 #include <QEventLoop>
@@ -154,6 +156,8 @@ void orvexworkbenchtab::reloadData()
 void orvexworkbenchtab::stop()
 {
     orvexDebug() << "STOP STARTED";
+    // Removals still open to undo become final now: closing must not lose them.
+    settleRemovals();
     for (const auto &entry : qAsConst(m_boards)) {
         entry.second->blockSignals(true);
         entry.second->stop();
@@ -242,6 +246,9 @@ void orvexworkbenchtab::reloadClipboards()
                     continue;
                 }
                 listedIds.insert(uuid);
+                // Removed here, gone on the server once the time to undo is over.
+                if (m_removing.contains(uuid))
+                    continue;
                 if (!open.contains(uuid)) {
                     addNewClipboard(uuid, name, false, writeable);
                 } else if (orvexwbwebview *board = open.value(uuid)) {
@@ -299,6 +306,11 @@ void orvexworkbenchtab::decorateTab(int index)
 
 void orvexworkbenchtab::dropTab(int index)
 {
+    disposeBoard(takeTab(index));
+}
+
+orvexwbwebview *orvexworkbenchtab::takeTab(int index)
+{
     orvexwbwebview *board = boardAt(index);
     if (index == m_editingIndex)
         cancelRename();
@@ -311,6 +323,11 @@ void orvexworkbenchtab::dropTab(int index)
         }
     }
     removeTab(index);
+    return board;
+}
+
+void orvexworkbenchtab::disposeBoard(orvexwbwebview *board)
+{
     if (!board)
         return;
     // A board resets the archive client's connection when it goes, which is
@@ -463,16 +480,76 @@ void orvexworkbenchtab::removeClipboard(int index)
     if (index < 0)
         return;
 
+    // The tab goes at once; the clipboard goes on the server only when the
+    // time to undo is over (or the workbench closes). Until then the board
+    // stays as it is, ready to come back in its place.
     const int cornerHeight = m_cornerWidget.height();
-    if (m_classifyClient->removeClipboard(board->getId())) {
-        board->clearClipboard();
-        dropTab(index);
-        // Keeps the tab bar from shrinking when its last tabs go.
-        m_cornerWidget.setMinimumHeight(cornerHeight);
-        setMinimumHeight(cornerHeight);
-    }
+    const QString uuid = board->getId();
+    takeTab(index);
+    // Keeps the tab bar from shrinking when its last tabs go.
+    m_cornerWidget.setMinimumHeight(cornerHeight);
+    setMinimumHeight(cornerHeight);
+    m_removing.insert(uuid);
+    refillChooser();
+    QPointer<orvexwbwebview> kept(board);
+    auto *offer = new OrvexUndoOffer(
+        tr("Clipboard %1 removed.").arg(titleFor(board->getTabText())),
+        [this, kept, uuid, index] { commitRemoval(kept, uuid, index); },
+        [this, kept, uuid, index] { restoreTab(kept, uuid, index); }, this);
+    m_offers.removeAll(QPointer<OrvexUndoOffer>());
+    m_offers << offer;
+    offer->offer();
     if (m_boards.isEmpty())
         QTimer::singleShot(kRecreateDelay, this, qOverload<>(&orvexworkbenchtab::addNewClipboard));
+}
+
+void orvexworkbenchtab::commitRemoval(orvexwbwebview *board, const QString &uuid, int index)
+{
+    m_removing.remove(uuid);
+    if (!m_classifyClient || !m_classifyClient->removeClipboard(uuid)) {
+        orvexWarning() << "REMOVE CLIPBOARD refused" << uuid;
+        if (board && !m_destroying) {
+            restoreTab(board, uuid, index);
+            QSnackbarEvent(tr("Clipboard %1 could not be removed.").arg(titleFor(board->getTabText()))).send();
+        }
+        return;
+    }
+    if (board) {
+        board->clearClipboard();
+        disposeBoard(board);
+    }
+}
+
+void orvexworkbenchtab::restoreTab(orvexwbwebview *board, const QString &uuid, int index)
+{
+    m_removing.remove(uuid);
+    if (!board || m_destroying)
+        return;
+    index = qBound(0, index, count());
+    // The boards list keeps the order of the tabs.
+    m_boards.insert(index, qMakePair(uuid, board));
+    insertTab(index, board, titleFor(board->getTabText()));
+    decorateTab(index);
+    setCurrentIndex(index);
+    refillChooser();
+}
+
+void orvexworkbenchtab::settleRemovals()
+{
+    const QList<QPointer<OrvexUndoOffer>> offers = m_offers;
+    m_offers.clear();
+    for (const QPointer<OrvexUndoOffer> &offer : offers)
+        if (offer)
+            offer->commitNow();
+}
+
+void orvexworkbenchtab::refillChooser()
+{
+    if (!m_chooser)
+        return;
+    m_chooser->clearClipboards();
+    for (const auto &entry : qAsConst(m_boards))
+        m_chooser->addClipboard(entry.second->getTabText(), entry.second);
 }
 
 void orvexworkbenchtab::doRemoveClipboard()

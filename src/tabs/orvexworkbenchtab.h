@@ -6,6 +6,8 @@
 #include <QList>
 #include <QMutex>
 #include <QPair>
+#include <QPointer>
+#include <QSet>
 #include <QStringList>
 #include <QTabWidget>
 
@@ -13,6 +15,7 @@ class ClassifyInterface;
 class kelArchiveClientInterface;
 class orvexclipboardchooser;
 class orvexwbwebview;
+class OrvexUndoOffer;
 class QLabel;
 class QLineEdit;
 
@@ -88,6 +91,14 @@ private:
     // Takes the tab away and disposes of its board; keeps a rename in
     // progress on another tab pointing at the right one.
     void dropTab(int index);
+    orvexwbwebview *takeTab(int index);
+    void disposeBoard(orvexwbwebview *board);
+    // A removal's two ends: final on the server, or the tab back in its place.
+    void commitRemoval(orvexwbwebview *board, const QString &uuid, int index);
+    void restoreTab(orvexwbwebview *board, const QString &uuid, int index);
+    // Makes every removal still open to undo final.
+    void settleRemovals();
+    void refillChooser();
     void cancelRename();
     void connectTabBar();
     void disconnectTabBar();
@@ -103,6 +114,9 @@ private:
     QMutex m_lock;
 
     QLabel *m_noMatch = nullptr;
+    // Clipboards removed from the tabs whose removal may still be undone.
+    QSet<QString> m_removing;
+    QList<QPointer<OrvexUndoOffer>> m_offers;
 
     int m_busy = 0;
     bool m_reloadPending = false;

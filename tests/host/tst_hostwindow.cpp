@@ -9,6 +9,7 @@
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
+#include "orvexsnackbarfilter.h"
 #include "orvexmimedata.h"
 #include "orvexthemewriter.h"
 #include "orvexwbwebview.h"
@@ -26,6 +27,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTableView>
@@ -56,6 +58,7 @@ private slots:
 
     void workbenchGetsClientsAndConnection();
     void statusBarShowsCommandsAndSnackbars();
+    void statusBarOffersAnAction();
     void filterEditFiltersTheList();
     void documentDragShowsTheChooser();
     void themeColourReachesTheChooser();
@@ -131,6 +134,44 @@ void tst_HostWindow::statusBarShowsCommandsAndSnackbars()
     QSnackbarEvent(QStringLiteral("Added 2 document(s)")).send();
     QTRY_COMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Added 2 document(s)"));
     QTRY_VERIFY_WITH_TIMEOUT(m_window->statusBar()->currentMessage().isEmpty(), 15000);
+}
+
+// Failed before: a message's action (Undo) never reached the user.
+void tst_HostWindow::statusBarOffersAnAction()
+{
+    m_window->show();
+    auto *button = m_window->statusBar()->findChild<QPushButton *>(QStringLiteral("statusAction"));
+    QVERIFY(button && !button->isVisible());
+    const auto offer = [](QAction *action) {
+        QSnackbarEvent event(QStringLiteral("Card 12 removed."));
+        event.setAction(action);
+        event.send();
+    };
+
+    // Shown with the message, as long as the action exists, even past the usual time.
+    auto *undo = new QAction(QStringLiteral("Undo"), this);
+    QSignalSpy triggered(undo, &QAction::triggered);
+    offer(undo);
+    QTRY_VERIFY(button->isVisible());
+    QCOMPARE(button->text(), QStringLiteral("Undo"));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Undo"));
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Card 12 removed."));
+    QTest::qWait(OrvexSnackbarFilter::displayMilliseconds(QStringLiteral("Card 12 removed.")) + 200);
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Card 12 removed."));
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(triggered.count(), 1);
+    // The offer ends with its action: the message and the button go.
+    delete undo;
+    QVERIFY(!button->isVisible());
+    QVERIFY(m_window->statusBar()->currentMessage().isEmpty());
+
+    // Another message ends the offer too; the action is left alone.
+    QAction other(QStringLiteral("Undo"));
+    offer(&other);
+    QTRY_VERIFY(button->isVisible());
+    QSnackbarEvent(QStringLiteral("Added 1 document(s)")).send();
+    QTRY_COMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Added 1 document(s)"));
+    QVERIFY(!button->isVisible());
 }
 
 void tst_HostWindow::filterEditFiltersTheList()

@@ -5,6 +5,7 @@
 #include "orvexwbcornerwidget.h"
 #include "orvexwbwebview.h"
 #include "qsnackbarevent.h"
+#include "snackbarcatcher.h"
 
 #include <QDataStream>
 #include <QLayout>
@@ -19,21 +20,6 @@
 #include <QtTest>
 
 namespace {
-// Installed on the application, records the snackbar texts and who they reach.
-class SnackbarCatcher : public QObject
-{
-public:
-    QStringList texts;
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QSnackbarEvent::snackbarType())
-            texts << QString("%1:%2").arg(watched == qApp ? "app" : "object", static_cast<QSnackbarEvent *>(event)->getText());
-        return false;
-    }
-};
-
 // A drag from elsewhere entering the widget.
 void sendDragEnter(QWidget *target)
 {
@@ -232,7 +218,6 @@ private slots:
     {
         SnackbarCatcher catcher;
         QObject receiver;
-        qApp->installEventFilter(&catcher);
         QSnackbarEvent event("first");
         event.send(&receiver);
         event.setText("second");
@@ -241,7 +226,6 @@ private slots:
         // Without a receiver it goes to the application, where the host filters it.
         QSnackbarEvent("to the host").send();
         QTRY_COMPARE(catcher.texts, QStringList({"object:first", "object:second", "app:to the host"}));
-        qApp->removeEventFilter(&catcher);
     }
 
 

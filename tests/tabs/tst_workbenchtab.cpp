@@ -6,9 +6,11 @@
 #include "orvexclipboardlabel.h"
 #include "orvexwbcornerwidget.h"
 #include "orvexwbwebview.h"
+#include "orvexundooffer.h"
 #include "orvexworkbenchtab.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "snackbarcatcher.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -116,6 +118,8 @@ private slots:
         QCOMPARE(calls("createClipboard"), 2);
         QCOMPARE(m_tabs->boardAt(0)->getId(), m_classify->clipboards().first().uuid);
 
+        OrvexUndoOffer::setMilliseconds(300);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
         {
             ModalAnswerer yes(QMessageBox::Yes); // removed by the user: a new one 100 ms later
             QTest::mouseClick(closeButton(0), Qt::LeftButton);
@@ -124,7 +128,7 @@ private slots:
         QCOMPARE(m_tabs->count(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(tabs(), QStringList{"New Clipboard"}, kLong);
         QCOMPARE(calls("createClipboard"), 3);
-        QCOMPARE(m_classify->clipboards().size(), 1);
+        QTRY_COMPARE(m_classify->clipboards().size(), 1); // once the time to undo is over
     }
 
     void serverFailingEveryCall()
@@ -138,9 +142,12 @@ private slots:
         orvexwbwebview *board = m_tabs->boardAt(0);
         m_tabs->updateData(); // a failing reload keeps the tabs instead of churning them
         QCOMPARE(m_tabs->boards(), QList<orvexwbwebview *>{board});
-        clickAdd(); // adding still gives a tab; removing fails and leaves it
+        clickAdd(); // adding still gives a tab; removing fails and brings it back
+        OrvexUndoOffer::setMilliseconds(300);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
         ModalAnswerer yes(QMessageBox::Yes);
         QTest::mouseClick(closeButton(1), Qt::LeftButton);
+        QTRY_COMPARE(calls("removeClipboard"), 1);
         QCOMPARE(tabs(), QStringList({"New Clipboard", "New Clipboard (1)"}));
         QCOMPARE(calls("createClipboard"), 2);
         // The server answering again lists neither: one new clipboard.
@@ -203,11 +210,15 @@ private slots:
         QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("serverFails");
         QTest::addColumn<bool>("fromMenu"); // the board's menu, else the tab's close button
+        QTest::addColumn<QString>("then");  // "undo", "wait" (the time to undo runs out) or "close"
         QTest::addColumn<bool>("removed");
-        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << true;
-        QTest::newRow("no") << int(QMessageBox::No) << false << false << false;
-        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << false;
-        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << true;
+        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << "wait" << true;
+        QTest::newRow("no") << int(QMessageBox::No) << false << false << "wait" << false;
+        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << "wait" << false;
+        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << "wait" << true;
+        // Failed before: a removal could not be taken back.
+        QTest::newRow("yes, then undo") << int(QMessageBox::Yes) << false << false << "undo" << false;
+        QTest::newRow("yes, then the workbench closes") << int(QMessageBox::Yes) << false << false << "close" << true;
     }
 
     void removeClipboard()
@@ -215,28 +226,65 @@ private slots:
         QFETCH(int, answer);
         QFETCH(bool, serverFails);
         QFETCH(bool, fromMenu);
+        QFETCH(QString, then);
         QFETCH(bool, removed);
         m_classify->addClipboard("Keep");
         const QString doomed = m_classify->addClipboard("Doomed");
+        m_classify->addClipboard("After");
+        m_classify->addEntry(doomed, "17", "1017", "its note");
         start();
         m_classify->log().setFailing("removeClipboard", serverFails);
         m_tabs->setCurrentIndex(1);
         QPointer<orvexwbwebview> board = m_tabs->boardAt(1);
+        OrvexUndoOffer::setMilliseconds(300);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
 
+        SnackbarCatcher snackbars;
         ModalAnswerer answerer(static_cast<QMessageBox::StandardButton>(answer));
         if (fromMenu)
             QMetaObject::invokeMethod(board, "removeClipboard");
         else
             QTest::mouseClick(closeButton(1), Qt::LeftButton);
         QVERIFY(answerer.answered());
-        QCOMPARE(m_classify->log().callsOf("removeClipboard").size(), answer == QMessageBox::Yes ? 1 : 0);
-        QCOMPARE(tabs(), removed ? QStringList({"Keep"}) : QStringList({"Keep", "Doomed"}));
+        if (answer == QMessageBox::Yes) {
+            // Gone from the tabs and the chooser at once, still on the server, and offered to undo.
+            QCOMPARE(tabs(), QStringList({"Keep", "After"}));
+            QCOMPARE(labels(), QStringList({"Keep", "After"}));
+            QCOMPARE(calls("removeClipboard"), 0);
+            QTRY_COMPARE(snackbars.texts.value(0), QStringLiteral("app:Clipboard Doomed removed."));
+            QVERIFY(snackbars.lastAction());
+            QCOMPARE(snackbars.lastAction()->text(), QStringLiteral("Undo"));
+            // A refresh meanwhile does not bring it back.
+            m_tabs->updateData();
+            QCOMPARE(tabs(), QStringList({"Keep", "After"}));
+        }
+        if (then == "undo") {
+            snackbars.lastAction()->trigger();
+        } else if (then == "close") {
+            delete m_window;
+            m_window = nullptr;
+            QCOMPARE(calls("removeClipboard"), 1);
+            QVERIFY(!m_classify->hasClipboard(doomed));
+            return;
+        } else {
+            QTest::qWait(500);
+        }
+        QTRY_VERIFY(!snackbars.lastAction()); // the offer is over either way
+        QCOMPARE(calls("removeClipboard"), answer == QMessageBox::Yes && then == "wait" ? 1 : 0);
+        QCOMPARE(tabs(), removed ? QStringList({"Keep", "After"}) : QStringList({"Keep", "Doomed", "After"}));
         QCOMPARE(m_classify->hasClipboard(doomed), !removed);
         if (removed) {
             QTRY_VERIFY_WITH_TIMEOUT(!board, kLong);
         } else {
+            // The same board, in its place, with its card and note.
+            QCOMPARE(m_tabs->boardAt(1), board.data());
             QVERIFY(!board->isStopped());
+            QCOMPARE(board->cardIds(), QStringList{"1017"});
+            QCOMPARE(m_classify->clipboard(doomed).entries.value(0).comment, QStringLiteral("its note"));
+            QCOMPARE(labels(), QStringList({"Keep", "Doomed", "After"}));
         }
+        if (serverFails)
+            QVERIFY(snackbars.texts.contains(QStringLiteral("app:Clipboard Doomed could not be removed.")));
         QTest::qWait(150); // never a replacement while others are left
         QCOMPARE(calls("createClipboard"), 0);
     }
