@@ -5,7 +5,11 @@ BUILD_DIR ?= build
 BUILD_TYPE ?= RelWithDebInfo
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all setup configure build test demo package translations clean
+SANITIZE_DIR ?= build-sanitize
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 600
+
+.PHONY: all setup configure build test demo package translations clean test-sanitize setup-fuzz fuzz
 
 all: build
 
@@ -20,6 +24,22 @@ build: configure
 
 test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+# The whole suite once more, built with AddressSanitizer and
+# UndefinedBehaviorSanitizer in a folder of its own; any report fails it.
+test-sanitize: setup
+	cmake -S . -B $(SANITIZE_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVEX_SANITIZE=ON -DORVEX_BENCH=OFF
+	cmake --build $(SANITIZE_DIR) -j $(JOBS)
+	sh tests/sanitize/run.sh $(SANITIZE_DIR) $(JOBS)
+
+# Every fuzz target for FUZZ_SECONDS (CI: 60), built with clang in its own folder.
+setup-fuzz:
+	@sh tools/setup.sh fuzz
+
+fuzz: setup-fuzz
+	cmake -S tests/fuzz -B $(FUZZ_DIR) -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(FUZZ_DIR) -j $(JOBS)
+	sh tests/fuzz/run.sh $(FUZZ_DIR) $(FUZZ_SECONDS) $(JOBS)
 
 # Extra host options: make demo DEMO_ARGS="--archive /tmp/my-archive"
 demo: build
@@ -38,4 +58,4 @@ translations:
 	lupdate -no-obsolete -locations none -pluralonly host -ts translations/orvexhost_en.ts
 
 clean:
-	rm -rf $(BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(FUZZ_DIR)

@@ -6,6 +6,7 @@
 #include "orvexsamplearchive.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -40,7 +41,8 @@ bool OrvexArchive::open(const QString &folder, bool createSampleWhenNew)
         disconnect(m_store.data(), nullptr, this, nullptr);
     QString error;
     m_store = OrvexArchiveStore::shared(folder, createSampleWhenNew, &error);
-    if (!m_store || !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {
+    // A read-only archive is viewed as it is: it cannot learn a user it does not know, who may read nothing in it.
+    if (!m_store || (!m_store->isReadOnly() && !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error))) {
         m_lastError = error;
         m_store.reset();
         return false;
@@ -63,6 +65,11 @@ QString OrvexArchive::folder() const
 bool OrvexArchive::isOpen() const
 {
     return m_store && m_store->isOpen();
+}
+
+bool OrvexArchive::isReadOnly() const
+{
+    return m_store && m_store->isReadOnly();
 }
 
 QString OrvexArchive::user() const
@@ -146,7 +153,7 @@ kelArchiveClientInterface *OrvexArchive::archiveClient()
 qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title)
 {
     if (!isOpen()) {
-        m_lastError = QStringLiteral("No archive is open");
+        m_lastError = tr("No archive is open");
         return 0;
     }
     QStringList createdFiles;
@@ -158,7 +165,7 @@ qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title
         options.owner = m_user;
         docId = m_store->importFile(db, filePath, options, 0, createdFiles, stepError);
         return docId != 0;
-    }, &error);
+    }, &error, tr("%1 was not archived").arg(QFileInfo(filePath).fileName()));
     if (!ok) {
         for (const QString &path : qAsConst(createdFiles))
             QFile::remove(path);

@@ -62,6 +62,10 @@ public:
     QString lastError() const;
     QString folder() const;
     bool isOpen() const;
+    // Open for reading only: this process cannot change the archive (a
+    // read-only folder, database file or mount). Every write then fails with
+    // "The archive is read-only".
+    bool isReadOnly() const;
 
     QString user() const;
     void setUser(const QString &userId); // default: the operating-system user

@@ -3,6 +3,7 @@
 #include "orvexarchivesession.h"
 #include "orvexarchivestore.h"
 #include "orvexarchivetransfer.h"
+#include "orvexstorageerror.h"
 #include "orvexsqlhelpers.h"
 
 #include <QDir>
@@ -116,7 +117,7 @@ bool OrvexArchiveDocuments::exportVersion(qlonglong docId, int version, QString 
         return m_session.fail(tr("Cannot create %1").arg(folder));
     const QString name = version > 0 ? fileNameFor(docId, file.version) : file.fileName;
     const QString target = folder + QLatin1Char('/') + (name.isEmpty() ? QString::number(docId) : name);
-    if (!m_transfer.copy(file.path, target, file.size))
+    if (!m_transfer.copy(file.path, target, file.size, nullptr, tr("document %1 was not exported").arg(docId)))
         return false;
     localPath = target;
     return true;
@@ -287,13 +288,16 @@ bool OrvexArchiveDocuments::deleteDocument(QString docId, QStringList options)
     const QString acting = m_session.user();
     if (!m_session.store()->documentExists(id) || !m_session.store()->mayRead(acting, id))
         return m_session.fail(tr("Unknown document %1").arg(id));
+    const QString notDeleted = tr("document %1 was not deleted").arg(id);
+    if (m_session.store()->isReadOnly())
+        return m_session.fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notDeleted));
     if (!m_session.store()->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
         return m_session.fail(tr("%1 may not delete documents").arg(acting));
     QString error;
     QStringList files;
     if (!m_session.store()->write([&](QSqlDatabase &db, QString &stepError) {
             return m_session.store()->removeDocument(db, id, files, stepError);
-        }, &error))
+        }, &error, notDeleted))
         return m_session.fail(error);
     m_session.store()->removeDocumentFiles(id, files);
     return true;

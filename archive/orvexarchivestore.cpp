@@ -5,6 +5,7 @@
 #include "orvexpdftools.h"
 #include "orvexsamplearchive.h"
 #include "orvexsqlhelpers.h"
+#include "orvexstorageerror.h"
 
 #include <QAtomicInteger>
 #include <QCryptographicHash>
@@ -20,6 +21,8 @@
 #include <QUuid>
 #include <QVariant>
 
+#include <cerrno>
+#include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -47,8 +50,71 @@ bool execText(QSqlDatabase &db, const QString &sql, QString &error)
     QSqlQuery query(db);
     if (query.exec(sql))
         return true;
-    error = QStringLiteral("%1 (%2)").arg(query.lastError().text(), sql.left(60));
+    error = OrvexStorageError::ofQuery(query);
     return false;
+}
+
+// Whether this process can change the archive in folder: whether it can create
+// a file there, and open the database for writing. Asking the file system, not
+// the permission bits, gives the truth for root and for read-only mounts alike.
+struct Writability
+{
+    bool folder = false;
+    bool database = false;
+};
+
+Writability probeWriting(const QString &folder, const QString &database)
+{
+    Writability result;
+    const QByteArray probe = QFile::encodeName(folder + QStringLiteral("/.orvex-write-probe-%1").arg(::getpid()));
+    const int created = ::open(probe.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (created >= 0) {
+        ::close(created);
+        ::unlink(probe.constData());
+        result.folder = true;
+    }
+    const int opened = ::open(QFile::encodeName(database).constData(), O_RDWR | O_CLOEXEC);
+    if (opened >= 0) {
+        ::close(opened);
+        result.database = true;
+    }
+    return result;
+}
+
+// Copies a file into the archive and makes the copy durable; false with the
+// operating system's reason, and no copy left behind.
+bool storeCopy(const QString &from, const QString &to, QString *reason)
+{
+    QFile source(from);
+    if (!source.open(QIODevice::ReadOnly)) {
+        *reason = source.errorString();
+        return false;
+    }
+    QFile target(to);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+        *reason = target.errorString();
+        return false;
+    }
+    const auto abandon = [&](const QString &why) {
+        *reason = why;
+        target.close();
+        target.remove();
+        return false;
+    };
+    QByteArray buffer(256 * 1024, Qt::Uninitialized);
+    for (;;) {
+        const qint64 read = source.read(buffer.data(), buffer.size());
+        if (read < 0)
+            return abandon(source.errorString());
+        if (read == 0)
+            break;
+        QString why;
+        if (!OrvexArchiveStore::writeFully(target, buffer.constData(), read, &why))
+            return abandon(why);
+    }
+    if (::fsync(target.handle()) != 0)
+        return abandon(OrvexStorageError::ofErrno(errno));
+    return true;
 }
 
 // Each step brings the schema from version index to index + 1.
@@ -127,6 +193,7 @@ void OrvexArchiveStore::closeAll()
 }
 
 QString OrvexArchiveStore::folder() const { return m_folder; }
+bool OrvexArchiveStore::isReadOnly() const { return m_readOnly; }
 bool OrvexArchiveStore::isOpen() const { return m_open; }
 QString OrvexArchiveStore::databasePath() const { return m_folder + QLatin1Char('/') + kDatabaseFile; }
 QString OrvexArchiveStore::filesPath() const { return m_folder + QStringLiteral("/files"); }
@@ -169,19 +236,31 @@ QSqlDatabase OrvexArchiveStore::connect(const QString &name, bool create, QStrin
     }
     // Only the first connection may create the file; later ones must find it, so
     // that a database removed behind our back is reported instead of recreated.
-    const QString url = QUrl::fromLocalFile(databasePath()).toString(QUrl::FullyEncoded)
-        + (create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw"));
-    db.setDatabaseName(url);
+    // A read-only archive is opened for reading only; in a folder where the
+    // database's shared-memory file cannot be made, it is opened as immutable,
+    // which needs no such file (the log of a writer that did not finish, if
+    // any, is still read).
+    QString mode = create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw");
+    if (m_readOnly) {
+        mode = QStringLiteral("?mode=ro");
+        const QFileInfo log(databasePath() + QStringLiteral("-wal"));
+        if (!m_folderWritable && (!log.exists() || log.size() == 0))
+            mode += QStringLiteral("&immutable=1");
+    }
+    db.setDatabaseName(QUrl::fromLocalFile(databasePath()).toString(QUrl::FullyEncoded) + mode);
     db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=15000"));
     if (!db.open()) {
-        error = QStringLiteral("Cannot open the archive database %1: %2")
-                    .arg(databasePath(), db.lastError().text());
+        error = tr("Cannot open the archive database %1: %2")
+                    .arg(QDir::toNativeSeparators(databasePath()), OrvexStorageError::ofDatabase(db, db.lastError()));
         return db;
     }
+    // A commit returns once the archive's data is on the disk, so that a
+    // power cut cannot take back a change that was reported as stored.
     QString pragmaError;
     if (!execText(db, QStringLiteral("PRAGMA foreign_keys = ON"), pragmaError)
-        || !execText(db, QStringLiteral("PRAGMA synchronous = NORMAL"), pragmaError)) {
-        error = QStringLiteral("%1 is not an archive database or is damaged: %2").arg(databasePath(), pragmaError);
+        || !execText(db, QStringLiteral("PRAGMA synchronous = FULL"), pragmaError)) {
+        error = tr("%1 is not an archive database or is damaged: %2")
+                    .arg(QDir::toNativeSeparators(databasePath()), pragmaError);
         db.close();
     }
     return db;
@@ -259,16 +338,25 @@ bool OrvexArchiveStore::openFolder(const QString &folder, bool createSample, QSt
             return false;
         }
         if (!QDir().mkpath(m_folder)) {
-            error = QStringLiteral("Cannot create the archive folder %1").arg(m_folder);
+            error = OrvexStorageError::describe(OrvexStorageError::ofErrno(errno),
+                                                tr("the archive folder %1 was not created").arg(QDir::toNativeSeparators(m_folder)));
             return false;
         }
     } else if (!QFileInfo(databasePath()).isFile()) {
         error = QStringLiteral("%1 is not a database file").arg(databasePath());
         return false;
     }
+    m_readOnly = false;
+    m_folderWritable = true;
+    if (exists) {
+        const Writability writable = probeWriting(m_folder, databasePath());
+        m_readOnly = !writable.folder || !writable.database;
+        m_folderWritable = writable.folder;
+    }
     for (const QString &sub : {filesPath(), cachePath(), uploadsPath()}) {
-        if (!QFileInfo(sub).isDir() && !QDir().mkpath(sub)) {
-            error = QStringLiteral("Cannot create the folder %1").arg(sub);
+        if (!m_readOnly && !QFileInfo(sub).isDir() && !QDir().mkpath(sub)) {
+            error = OrvexStorageError::describe(OrvexStorageError::ofErrno(errno),
+                                                tr("the folder %1 was not created").arg(QDir::toNativeSeparators(sub)));
             return false;
         }
     }
@@ -302,7 +390,7 @@ bool OrvexArchiveStore::migrate(QSqlDatabase &db, QString &error)
     // Something that is not an SQLite database fails on its first query.
     QSqlQuery probe(db);
     if (!probe.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
-        error = QStringLiteral("%1 is not an archive database: %2").arg(databasePath(), probe.lastError().text());
+        error = tr("%1 is not an archive database: %2").arg(QDir::toNativeSeparators(databasePath()), OrvexStorageError::ofQuery(probe));
         return false;
     }
     QStringList tables;
@@ -314,7 +402,7 @@ bool OrvexArchiveStore::migrate(QSqlDatabase &db, QString &error)
     if (tables.contains(QStringLiteral("schema_version"))) {
         QSqlQuery query(db);
         if (!query.exec(QStringLiteral("SELECT MAX(version) FROM schema_version")) || !query.next()) {
-            error = QStringLiteral("The archive database %1 is damaged: %2").arg(databasePath(), query.lastError().text());
+            error = tr("The archive database %1 is damaged: %2").arg(QDir::toNativeSeparators(databasePath()), OrvexStorageError::ofQuery(query));
             return false;
         }
         version = query.value(0).toInt();
@@ -329,6 +417,11 @@ bool OrvexArchiveStore::migrate(QSqlDatabase &db, QString &error)
     }
     if (version == migrations().size())
         return true;
+    if (m_readOnly) {
+        error = tr("The archive %1 is read-only and needs an upgrade to schema version %2 before it can be opened.")
+                    .arg(QDir::toNativeSeparators(m_folder)).arg(migrations().size());
+        return false;
+    }
 
     return write([&](QSqlDatabase &tx, QString &stepError) {
         if (version == 0 && !execText(tx, QStringLiteral("CREATE TABLE schema_version(version INTEGER NOT NULL)"), stepError))
@@ -344,36 +437,37 @@ bool OrvexArchiveStore::migrate(QSqlDatabase &db, QString &error)
                 return false;
         }
         return true;
-    }, &error);
+    }, &error, tr("the archive was not upgraded"));
 }
 
-bool OrvexArchiveStore::write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error)
+bool OrvexArchiveStore::write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error,
+                              const QString &notStored)
 {
+    const auto fail = [&](const QString &reason) {
+        if (error)
+            *error = notStored.isEmpty() ? reason : OrvexStorageError::describe(reason, notStored);
+        return false;
+    };
+    if (m_readOnly)
+        return fail(OrvexStorageError::readOnly());
     QString message;
     QSqlDatabase db = database(&message);
-    if (!db.isOpen()) {
-        if (error)
-            *error = message.isEmpty() ? QStringLiteral("The archive is not open") : message;
-        return false;
-    }
+    if (!db.isOpen())
+        return fail(message.isEmpty() ? tr("The archive is not open") : message);
     // One writer at a time inside this process; other processes are held off by
     // the immediate transaction and the busy timeout.
     QMutexLocker locker(&m_writeMutex);
-    if (!execText(db, QStringLiteral("BEGIN IMMEDIATE"), message)) {
-        if (error)
-            *error = QStringLiteral("The archive is busy: %1").arg(message);
-        return false;
-    }
+    if (!execText(db, QStringLiteral("BEGIN IMMEDIATE"), message))
+        return fail(message);
     bool ok = work(db, message);
     if (ok && !execText(db, QStringLiteral("COMMIT"), message))
         ok = false;
     if (!ok) {
         QString ignored;
         execText(db, QStringLiteral("ROLLBACK"), ignored);
-        if (error)
-            *error = message.isEmpty() ? QStringLiteral("The change was not stored") : message;
+        return fail(message.isEmpty() ? tr("The change was refused") : message);
     }
-    return ok;
+    return true;
 }
 
 QString OrvexArchiveStore::setting(const QString &key, const QString &fallback)
@@ -482,7 +576,7 @@ bool OrvexArchiveStore::ensureUser(const QString &user, QString *error)
                                       "SELECT 'tavloUSER', ? WHERE EXISTS (SELECT 1 FROM roles WHERE id = 'tavloUSER')"));
         member.addBindValue(user);
         return exec(member, stepError);
-    }, error);
+    }, error, tr("the user %1 was not added").arg(user));
 }
 
 bool OrvexArchiveStore::readContent(const QString &path, Content &content, QString &error)
@@ -536,7 +630,7 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
         if (!next.exec(QStringLiteral("SELECT COALESCE(MAX(id), 1000) + 1, MAX(COALESCE(MAX(docs_id), 5000), "
                                       "(SELECT COALESCE(MAX(docs_id), 0) FROM clipboard_entries)) + 1 FROM documents"))
             || !next.next()) {
-            error = next.lastError().text();
+            error = OrvexStorageError::ofQuery(next);
             return 0;
         }
         docId = next.value(0).toLongLong();
@@ -568,18 +662,15 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
                                  .arg(suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
     const QString target = filesPath() + QLatin1Char('/') + relative;
     if (!QDir().mkpath(QFileInfo(target).absolutePath())) {
-        error = QStringLiteral("Cannot create a folder for the document in %1").arg(filesPath());
+        error = OrvexStorageError::ofErrno(errno);
         return 0;
     }
     QFile::remove(target);
     if (!options.moveSource) {
-        if (!QFile::copy(sourcePath, target)) {
-            error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
+        if (!storeCopy(sourcePath, target, &error)) // the copy is gone again then
             return 0;
-        }
         createdFiles << target;
     }
-
     QSqlQuery versionRow(db);
     versionRow.prepare(QStringLiteral("INSERT INTO versions(doc_id, version, file, size, sha256, pages, created) "
                                       "VALUES (?, ?, ?, ?, ?, ?, ?)"));
@@ -624,12 +715,15 @@ qlonglong OrvexArchiveStore::importContent(QSqlDatabase &db, const QString &sour
         return 0;
 
     if (options.moveSource) {
-        if (!QFile::rename(sourcePath, target)) {
-            error = QStringLiteral("Cannot store the document file in %1").arg(filesPath());
+        if (::rename(QFile::encodeName(sourcePath).constData(), QFile::encodeName(target).constData()) != 0) {
+            error = OrvexStorageError::ofErrno(errno);
             return 0;
         }
         createdFiles << target;
+        syncFolder(QFileInfo(sourcePath).absolutePath());
     }
+    // The file's name must be on the disk before the commit that points to it.
+    syncFolder(QFileInfo(target).absolutePath());
     return docId;
 }
 
@@ -697,7 +791,7 @@ bool OrvexArchiveStore::saveUploadInspection(const QString &uploadId, const Orve
                 return false;
         }
         return true;
-    }, error);
+    }, error, tr("the duplicate check was not stored"));
 }
 
 bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error)
@@ -721,6 +815,42 @@ bool OrvexArchiveStore::removeDocument(QSqlDatabase &db, qlonglong docId, QStrin
     }
     filesToRemove << paths;
     return true;
+}
+
+bool OrvexArchiveStore::writeFully(QFileDevice &file, const char *data, qint64 size, QString *reason)
+{
+    qint64 done = 0;
+    while (done < size) {
+        // A write that stops short (at a size limit, on a full disk) says
+        // nothing; the next one fails with the system's reason.
+        const qint64 written = file.write(data + done, size - done);
+        if (written <= 0) {
+            *reason = file.error() != QFileDevice::NoError ? file.errorString() : OrvexStorageError::ofErrno(errno);
+            return false;
+        }
+        done += written;
+    }
+    return true;
+}
+
+bool OrvexArchiveStore::syncFile(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
+}
+
+bool OrvexArchiveStore::syncFolder(const QString &path)
+{
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool synced = ::fsync(fd) == 0;
+    ::close(fd);
+    return synced;
 }
 
 void OrvexArchiveStore::removeDocumentFiles(qlonglong docId, const QStringList &files)

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <functional>
 
+class QFileDevice;
 class QSqlQuery;
 
 // The archive's storage: the SQLite database (one connection per thread, since
@@ -43,6 +44,9 @@ public:
     // createSample) when the folder holds no database yet. False + error().
     bool open(const QString &folder, bool createSample, QString *error);
     bool isOpen() const;
+    // True when this process cannot change the archive (a read-only folder,
+    // database file or mount): it is then open for reading only.
+    bool isReadOnly() const;
     QString folder() const;
     QString databasePath() const;
     QString filesPath() const;
@@ -53,8 +57,12 @@ public:
     QSqlDatabase database(QString *error = nullptr);
 
     // Runs work inside BEGIN IMMEDIATE ... COMMIT; a false return or a failed
-    // commit rolls everything back. work sets error when it refuses.
-    bool write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error);
+    // commit rolls everything back. work sets its error when it refuses (or
+    // passes on a storage reason); error then gets "<reason>: <notStored>",
+    // where notStored says what the user lost ("Rechnung.pdf was not archived").
+    // A read-only archive refuses every write.
+    bool write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error,
+               const QString &notStored = {});
 
     QString setting(const QString &key, const QString &fallback = {});
 
@@ -128,6 +136,11 @@ public:
     // files, which removeDocumentFiles() deletes once the transaction is committed.
     bool removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error);
     void removeDocumentFiles(qlonglong docId, const QStringList &files);
+    // Writes all of data, or fails with the system's reason.
+    static bool writeFully(QFileDevice &file, const char *data, qint64 size, QString *reason);
+    // Waits until a file's content, or a folder's list of names, is on the disk.
+    static bool syncFile(const QString &path);
+    static bool syncFolder(const QString &path);
 
 signals:
     void documentsChanged();
@@ -144,4 +157,6 @@ private:
     QSet<QString> m_connections;
     QMutex m_writeMutex;
     std::atomic_bool m_open{false};
+    bool m_readOnly = false;      // set by open(), constant afterwards
+    bool m_folderWritable = true; // likewise
 };

@@ -1,7 +1,9 @@
 #include "orvexarchivetransfer.h"
 
 #include "orvexarchivesession.h"
+#include "orvexarchivestore.h"
 #include "orvexcontenthash.h"
+#include "orvexstorageerror.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -27,19 +29,21 @@ void OrvexArchiveTransfer::setChunkSize(int bytes)
     m_chunkSize.storeRelease(qMax(1, bytes));
 }
 
-bool OrvexArchiveTransfer::copy(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash)
+bool OrvexArchiveTransfer::copy(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+                                const QString &notStored)
 {
-    return stream([&] { return copyChunked(from, to, total, hash); });
+    return stream([&] { return copyChunked(from, to, total, hash, notStored); });
 }
 
-bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash)
+bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+                                       const QString &notStored)
 {
     QFile source(from);
     if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return m_session.fail(tr("Cannot read %1: %2").arg(from, source.errorString()));
     QFile target(to);
     if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-        return m_session.fail(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        return m_session.fail(OrvexStorageError::describe(target.errorString(), notStored));
     const int chunk = m_chunkSize.loadAcquire();
     const auto abandon = [&](const QString &error) {
         target.close();
@@ -66,8 +70,9 @@ bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, q
             return abandon(tr("Cannot read %1: %2").arg(from, source.errorString()));
         if (read == 0)
             break;
-        if (target.write(buffer.constData(), read) != read)
-            return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        QString reason;
+        if (!OrvexArchiveStore::writeFully(target, buffer.constData(), read, &reason))
+            return abandon(OrvexStorageError::describe(reason, notStored));
         if (hash)
             hash->addData(buffer.constData(), read);
         done += read;
@@ -79,7 +84,7 @@ bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, q
     if (m_cancel.loadAcquire())
         return abandon(tr("The transfer was canceled."));
     if (!target.flush())
-        return abandon(tr("Cannot write %1: %2").arg(to, target.errorString()));
+        return abandon(OrvexStorageError::describe(target.errorString(), notStored));
     return true;
 }
 

@@ -29,12 +29,16 @@ public:
 
     void setChunkSize(int bytes);
     // Copies from to to, feeding hash when given; false when canceled or
-    // failing, with the reason kept in the session, and then to is gone.
-    bool copy(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash = nullptr);
+    // failing, with the reason kept in the session, and then to is gone. A
+    // failed write names the system's reason and notStored ("Rechnung.pdf was
+    // not archived").
+    bool copy(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+              const QString &notStored);
     void cancel();
 
 private:
-    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash);
+    bool copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+                     const QString &notStored);
     // Runs copy as the class comment describes.
     bool stream(const std::function<bool()> &copy);
 

@@ -6,6 +6,7 @@
 #include "orvexcontenthash.h"
 #include "orvexpdftools.h"
 #include "orvexsqlhelpers.h"
+#include "orvexstorageerror.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -46,13 +47,18 @@ bool OrvexArchiveUploads::sendFile(QString filePath, QString &uploadId)
     const QFileInfo info(filePath);
     if (!info.isFile() || !info.isReadable())
         return m_session.fail(tr("Cannot read %1").arg(filePath));
+    const QString notArchived = tr("%1 was not archived").arg(info.fileName());
+    if (m_session.store()->isReadOnly())
+        return m_session.fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notArchived));
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString suffix = info.suffix().toLower();
     const QString relative = id + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
     const QString target = m_session.store()->uploadsPath() + QLatin1Char('/') + relative;
     OrvexContentHash hash;
-    if (!m_transfer.copy(filePath, target, info.size(), &hash))
+    if (!m_transfer.copy(filePath, target, info.size(), &hash, notArchived))
         return false;
+    // Committed later by renaming: its content must be on the disk by then.
+    OrvexArchiveStore::syncFile(target);
     // What arrived, which is what was hashed, even if the source changed meanwhile.
     const qint64 size = QFileInfo(target).size();
     const QString acting = m_session.user();
@@ -69,7 +75,7 @@ bool OrvexArchiveUploads::sendFile(QString filePath, QString &uploadId)
         insert.addBindValue(hash.hex());
         insert.addBindValue(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
         return exec(insert, stepError);
-    }, &error);
+    }, &error, notArchived);
     if (!stored) {
         QFile::remove(target);
         return m_session.fail(error);
@@ -160,7 +166,7 @@ QStringList OrvexArchiveUploads::checkDuplicates(QString archiveData, QString fi
     if (!inspection.pageHashes.isEmpty()) {
         QSqlQuery pages(db);
         if (!pages.exec(QStringLiteral("SELECT doc_id, version, page, hash FROM page_hashes ORDER BY doc_id, version, page"))) {
-            m_session.fail(pages.lastError().text());
+            m_session.fail(OrvexStorageError::ofQuery(pages));
             return {};
         }
         while (pages.next()) {
@@ -237,7 +243,7 @@ bool OrvexArchiveUploads::commitUpload(QString uploadId)
         status.finish();
         docId = m_session.store()->importContent(db, upload.path, upload.content, options, 0, movedFiles, stepError);
         return docId != 0;
-    }, &error);
+    }, &error, tr("%1 was not archived").arg(upload.originalName));
     if (!ok) {
         // The file was moved last: only the commit itself failed after it.
         for (const QString &path : qAsConst(movedFiles))

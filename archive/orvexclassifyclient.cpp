@@ -74,7 +74,7 @@ bool OrvexClassifyClient::fail(const QString &error)
 bool OrvexClassifyClient::writeAs(const std::function<bool(QSqlDatabase &, QString &)> &work)
 {
     QString error;
-    if (!m_store->write(work, &error))
+    if (!m_store->write(work, &error, tr("the clipboard was not changed")))
         return fail(error);
     emit clipboardsChanged();
     return true;
@@ -254,7 +254,7 @@ QStringList OrvexClassifyClient::searchDocuments(QStringList criteria)
     } else {
         QSqlQuery all(db);
         if (!all.exec(QStringLiteral("SELECT id, docs_id FROM documents ORDER BY id"))) {
-            fail(all.lastError().text());
+            fail(OrvexStorageError::ofQuery(all));
             return {};
         }
         while (all.next()) {
@@ -310,7 +310,7 @@ QStringList OrvexClassifyClient::getAllRoles()
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("SELECT id FROM roles ORDER BY CASE kind WHEN 'system' THEN 0 WHEN 'group' THEN 1 "
                                    "WHEN 'directory' THEN 2 ELSE 3 END, id"))) {
-        fail(query.lastError().text());
+        fail(OrvexStorageError::ofQuery(query));
         return {};
     }
     QStringList roles;
@@ -351,7 +351,7 @@ bool OrvexClassifyClient::tableRows(const QString &table, QStringList &rows)
         return fail(error);
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("SELECT key, name FROM %1 ORDER BY key").arg(table)))
-        return fail(query.lastError().text());
+        return fail(OrvexStorageError::ofQuery(query));
     rows.clear();
     while (query.next())
         rows << query.value(0).toString() + kSep + query.value(1).toString();
@@ -450,7 +450,7 @@ bool OrvexClassifyClient::getClipboards(QList<QPair<QString, QString>> &clipboar
         return fail(error);
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("SELECT uuid, name FROM clipboards ORDER BY name COLLATE NOCASE, created")))
-        return fail(query.lastError().text());
+        return fail(OrvexStorageError::ofQuery(query));
     const QString acting = user();
     QList<QPair<QString, QString>> visible;
     while (query.next()) {
@@ -459,7 +459,7 @@ bool OrvexClassifyClient::getClipboards(QList<QPair<QString, QString>> &clipboar
         if (right == Right::None)
             continue;
         visible.append({uuid, query.value(1).toString() + kSep
-                                  + (right == Right::Edit ? QStringLiteral("W") : QStringLiteral("R"))});
+                                  + (right == Right::Edit && !m_store->isReadOnly() ? QStringLiteral("W") : QStringLiteral("R"))});
     }
     clipboards = visible;
     return true;

@@ -1,6 +1,7 @@
 #include "orvexsamplearchive.h"
 
 #include "orvexarchivestore.h"
+#include "orvexstorageerror.h"
 
 #include <QDate>
 #include <QGuiApplication>
@@ -22,7 +23,7 @@ bool run(QSqlDatabase &db, const QString &sql, const QVariantList &values, QStri
         query.addBindValue(value);
     if (query.exec())
         return true;
-    error = query.lastError().text();
+    error = OrvexStorageError::ofQuery(query);
     return false;
 }
 

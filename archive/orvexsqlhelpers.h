@@ -1,18 +1,20 @@
 #pragma once
 
-#include <QSqlError>
+#include "orvexstorageerror.h"
+
 #include <QSqlQuery>
 #include <QString>
 
 // Small helpers the archive's store and clients share.
 namespace OrvexSql {
 
-// Runs a prepared query; on failure the driver's text goes to error.
+// Runs a prepared query; on failure the reason a user may read goes to error
+// (the statement and the database's own text go to the log).
 inline bool exec(QSqlQuery &query, QString &error)
 {
     if (query.exec())
         return true;
-    error = query.lastError().text();
+    error = OrvexStorageError::ofQuery(query);
     return false;
 }
 

@@ -104,6 +104,12 @@ bool OrvexCmRequestParser::next(OrvexCmRequest &request)
             return m_buffer.size() > kMaxRequestSize && takeInvalid(request);
         QByteArray line = m_buffer.left(end);
         m_buffer.remove(0, end + 1);
+        if (line.size() > kMaxRequestSize) {
+            // Refused even when its end came in the same piece as its start.
+            request = OrvexCmRequest();
+            request.raw = line.left(kMaxRequestSize);
+            return true;
+        }
         if (line.endsWith('\r'))
             line.chop(1);
         request = parseLine(line);

@@ -17,6 +17,8 @@ namespace {
 constexpr int kStreamVersion = 10;
 // A request without end marker is complete once its client has been quiet this long.
 constexpr int kQuietMs = 50;
+// Bytes taken from a client per read; Qt holds at most a few of these for it.
+constexpr qint64 kReadChunk = 16 * 1024;
 
 QByteArray forLog(const QByteArray &raw)
 {
@@ -29,6 +31,7 @@ struct OrvexConnectionManager::Client
 {
     OrvexCmRequestParser parser;
     QTimer *quiet = nullptr; // child of the socket
+    QTimer *drain = nullptr; // child of the socket: runs while the client's replies pile up
 };
 
 OrvexConnectionManager::OrvexConnectionManager(OrvexProfileStore *store, int dndPort, QObject *parent)
@@ -156,8 +159,34 @@ void OrvexConnectionManager::acceptConnections()
         client->quiet = new QTimer(socket);
         client->quiet->setSingleShot(true);
         client->quiet->setInterval(kQuietMs);
+        client->drain = new QTimer(socket);
+        client->drain->setSingleShot(true);
+        client->drain->setInterval(m_drainTimeoutMs);
+        // What Qt takes from the client stays bounded while its requests wait.
+        socket->setReadBufferSize(4 * kReadChunk);
         m_clients.insert(socket, client);
         connect(client->quiet, &QTimer::timeout, this, [this, socket] { finishUnterminated(socket); });
+        connect(client->drain, &QTimer::timeout, this, [this, socket] {
+            const qint64 unread = socket->bytesToWrite();
+            qCWarning(lcManager) << "CLIENT DROPPED:" << unread << "bytes of replies unread for"
+                                 << m_drainTimeoutMs << "ms";
+            emit clientDropped(unread);
+            socket->abort();
+            dropClient(socket);
+        });
+        connect(socket, &QLocalSocket::bytesWritten, this, [this, socket] {
+            // A client that reads gets more time, and its waiting requests are
+            // answered once its unread replies are within the limit again.
+            const auto client = m_clients.value(socket);
+            if (!client || !client->drain->isActive())
+                return;
+            if (socket->bytesToWrite() > MaxUnreadReplies) {
+                client->drain->start();
+                return;
+            }
+            client->drain->stop();
+            readClient(socket);
+        });
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { readClient(socket); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
             finishUnterminated(socket);
@@ -172,10 +201,23 @@ void OrvexConnectionManager::readClient(QLocalSocket *socket)
     const auto client = m_clients.value(socket);
     if (!client)
         return;
-    client->parser.append(socket->readAll());
     OrvexCmRequest request;
-    while (m_clients.contains(socket) && client->parser.next(request))
-        handle(socket, request);
+    while (m_clients.contains(socket)) {
+        // Replies the client leaves unread stop its requests from being
+        // answered; if it reads nothing for the drain time, it goes.
+        if (socket->bytesToWrite() > MaxUnreadReplies) {
+            if (!client->drain->isActive())
+                client->drain->start();
+            return;
+        }
+        if (client->parser.next(request)) {
+            handle(socket, request);
+            continue;
+        }
+        if (socket->bytesAvailable() <= 0)
+            break;
+        client->parser.append(socket->read(kReadChunk));
+    }
     if (m_clients.contains(socket) && client->parser.hasUnterminated())
         client->quiet->start();
 }

@@ -25,6 +25,8 @@ class OrvexConnectionManager : public QObject
 public:
     // The fixed loopback port of the drag-and-drop document server.
     static constexpr int kDefaultDndPort = 47011;
+    // Reply bytes a client may leave unread before its further requests wait.
+    static constexpr qint64 MaxUnreadReplies = 1024 * 1024;
 
     OrvexConnectionManager(OrvexProfileStore *store, int dndPort, QObject *parent = nullptr);
     ~OrvexConnectionManager() override;
@@ -36,6 +38,9 @@ public:
     bool isListening() const;
     QString serverName() const;
     int dndPort() const { return m_dndPort; }
+    // How long a client with too many unread replies may read nothing before
+    // it is dropped (default 10 s); for clients connecting later.
+    void setDrainTimeout(int milliseconds) { m_drainTimeoutMs = milliseconds; }
     // The port answered to "GETDNDPORT" from now on (once the document server
     // knows the port it got).
     void setDndPort(int port);
@@ -51,6 +56,8 @@ signals:
     void profileReloaded(qint64 profileId, bool known);
     void chatRequested(qint64 id, const QString &a, const QString &b);
     void invalidRequest(const QByteArray &raw);
+    // A client that left more than MaxUnreadReplies unread and read nothing for the drain time.
+    void clientDropped(qint64 unreadBytes);
 
 private:
     struct Client;
@@ -64,6 +71,7 @@ private:
 
     OrvexProfileStore *m_store; // not owned
     int m_dndPort;
+    int m_drainTimeoutMs = 10000;
     QLocalServer *m_server = nullptr;
     std::unique_ptr<QLockFile> m_lock;
     QHash<QLocalSocket *, std::shared_ptr<Client>> m_clients;

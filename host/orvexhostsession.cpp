@@ -59,7 +59,7 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
     m_theme->followApplicationPalette();
 
     m_window = std::make_unique<OrvexHostWindow>();
-    m_window->setArchiveFolder(m_archive->folder());
+    m_window->setArchiveFolder(m_archive->folder(), m_archive->isReadOnly());
     m_window->setUserName(m_archive->user());
     refreshDocuments();
     m_window->installWorkbench(m_workbench.get(), m_archive->classifyClient(), m_archive->archiveClient(),

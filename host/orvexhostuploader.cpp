@@ -33,7 +33,7 @@ void OrvexHostUploader::setParentWidget(QWidget *parent)
 
 void OrvexHostUploader::acceptDropsOn(QAbstractItemView *view)
 {
-    m_view = view;
+    m_viewport = view->viewport();
     view->setAcceptDrops(true);
     view->viewport()->setAcceptDrops(true);
     view->viewport()->installEventFilter(this);
@@ -140,7 +140,9 @@ void OrvexHostUploader::chooseAndArchiveFiles()
 
 bool OrvexHostUploader::eventFilter(QObject *watched, QEvent *event)
 {
-    if (!m_view || watched != m_view->viewport())
+    // The viewport alone is compared: its events also come while the view
+    // around it is being destroyed, when it is no item view any more.
+    if (!m_viewport || watched != m_viewport)
         return QObject::eventFilter(watched, event);
     switch (event->type()) {
     case QEvent::DragEnter:

@@ -61,7 +61,7 @@ private:
 
     OrvexArchiveWorker *m_worker;
     QPointer<QWidget> m_parentWidget;
-    QPointer<QAbstractItemView> m_view;
+    QPointer<QWidget> m_viewport; // of the view that takes dropped files
     QString m_lastFolder;
     bool m_busy = false;
 };

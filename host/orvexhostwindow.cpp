@@ -97,9 +97,10 @@ void OrvexHostWindow::setDocuments(const QList<OrvexArchiveDocument> &documents)
     selectDocuments(selected);
 }
 
-void OrvexHostWindow::setArchiveFolder(const QString &folder)
+void OrvexHostWindow::setArchiveFolder(const QString &folder, bool readOnly)
 {
-    setWindowTitle(tr("Orvex Host – %1").arg(QDir::toNativeSeparators(folder)));
+    setWindowTitle(readOnly ? tr("Orvex Host – %1 (read-only)").arg(QDir::toNativeSeparators(folder))
+                            : tr("Orvex Host – %1").arg(QDir::toNativeSeparators(folder)));
 }
 
 void OrvexHostWindow::setUserName(const QString &user)

@@ -35,7 +35,7 @@ public:
 
     // Replaces the listed documents; the selection is kept for documents that remain.
     void setDocuments(const QList<OrvexArchiveDocument> &documents);
-    void setArchiveFolder(const QString &folder);
+    void setArchiveFolder(const QString &folder, bool readOnly = false);
     void setUserName(const QString &user);
 
     // Hands the workbench the host's clients and connection, then docks its

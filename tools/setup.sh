@@ -1,13 +1,14 @@
 #!/bin/sh
 # Installs what building and testing need, and nothing that is already there:
 # Debian packages through apt-get, then the pinned page libraries through npm ci.
+# 'setup.sh fuzz' installs only what the fuzz targets need (clang, libFuzzer, Qt Core).
 set -eu
 cd "$(dirname "$0")/.."
 
 # Libraries and data: checked by package. qttranslations5-l10n holds Qt's own
 # German texts (standard buttons, the command-line help).
 PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
-libqt5sql5-sqlite libpoppler-qt5-dev libcpp-httplib-dev libssl-dev
+libqt5sql5-sqlite libpoppler-qt5-dev libsqlite3-dev libssl-dev
 xvfb xauth fonts-dejavu-core
 xdotool openbox x11-utils dbus at-spi2-core
 qttranslations5-l10n"
@@ -16,6 +17,12 @@ qttranslations5-l10n"
 # dpkg-shlibdeps and file.
 TOOLS="g++:g++ make:make cmake:cmake pkg-config:pkg-config xvfb-run:xvfb npm:npm python3:python3
 desktop-file-validate:desktop-file-utils dpkg-shlibdeps:dpkg-dev file:file"
+PAGE_LIBRARIES=yes
+if [ "${1:-}" = fuzz ]; then
+  PACKAGES="qtbase5-dev clang libclang-rt-dev"
+  TOOLS="make:make cmake:cmake"
+  PAGE_LIBRARIES=no
+fi
 
 missing=""
 for p in $PACKAGES; do
@@ -39,7 +46,7 @@ if [ -n "$missing" ]; then
 fi
 
 # npm ci only when the installed tree does not match the lock file.
-if ! cmp -s package-lock.json node_modules/.package-lock.json.orvex 2>/dev/null; then
+if [ "$PAGE_LIBRARIES" = yes ] && ! cmp -s package-lock.json node_modules/.package-lock.json.orvex 2>/dev/null; then
   npm ci --no-audit --no-fund
   cp package-lock.json node_modules/.package-lock.json.orvex
 fi

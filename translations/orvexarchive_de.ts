@@ -2,6 +2,17 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>OrvexArchive</name>
+    <message>
+        <source>No archive is open</source>
+        <translation>Es ist kein Archiv geöffnet</translation>
+    </message>
+    <message>
+        <source>%1 was not archived</source>
+        <translation>%1 wurde nicht archiviert</translation>
+    </message>
+</context>
+<context>
     <name>OrvexArchiveClient</name>
     <message>
         <source>No archive is open</source>
@@ -46,10 +57,6 @@
     <message>
         <source>Cannot read %1: %2</source>
         <translation>%1 kann nicht gelesen werden: %2</translation>
-    </message>
-    <message>
-        <source>Cannot write %1: %2</source>
-        <translation>%1 kann nicht geschrieben werden: %2</translation>
     </message>
     <message>
         <source>The transfer was canceled.</source>
@@ -123,6 +130,69 @@
         <source>Unknown upload %1</source>
         <translation>Unbekannter Upload %1</translation>
     </message>
+    <message>
+        <source>document %1 was not exported</source>
+        <translation>Dokument %1 wurde nicht exportiert</translation>
+    </message>
+    <message>
+        <source>document %1 was not deleted</source>
+        <translation>Dokument %1 wurde nicht gelöscht</translation>
+    </message>
+    <message>
+        <source>%1 was not archived</source>
+        <translation>%1 wurde nicht archiviert</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexArchiveStore</name>
+    <message>
+        <source>Cannot open the archive database %1: %2</source>
+        <translation>Die Archivdatenbank %1 kann nicht geöffnet werden: %2</translation>
+    </message>
+    <message>
+        <source>%1 is not an archive database or is damaged: %2</source>
+        <translation>%1 ist keine Archivdatenbank oder ist beschädigt: %2</translation>
+    </message>
+    <message>
+        <source>the archive folder %1 was not created</source>
+        <translation>der Archivordner %1 wurde nicht angelegt</translation>
+    </message>
+    <message>
+        <source>the folder %1 was not created</source>
+        <translation>der Ordner %1 wurde nicht angelegt</translation>
+    </message>
+    <message>
+        <source>%1 is not an archive database: %2</source>
+        <translation>%1 ist keine Archivdatenbank: %2</translation>
+    </message>
+    <message>
+        <source>The archive database %1 is damaged: %2</source>
+        <translation>Die Archivdatenbank %1 ist beschädigt: %2</translation>
+    </message>
+    <message>
+        <source>The archive %1 is read-only and needs an upgrade to schema version %2 before it can be opened.</source>
+        <translation>Das Archiv %1 ist schreibgeschützt und muss vor dem Öffnen auf die Schemaversion %2 aktualisiert werden.</translation>
+    </message>
+    <message>
+        <source>the archive was not upgraded</source>
+        <translation>das Archiv wurde nicht aktualisiert</translation>
+    </message>
+    <message>
+        <source>The archive is not open</source>
+        <translation>Das Archiv ist nicht geöffnet</translation>
+    </message>
+    <message>
+        <source>The change was refused</source>
+        <translation>Die Änderung wurde abgelehnt</translation>
+    </message>
+    <message>
+        <source>the user %1 was not added</source>
+        <translation>der Benutzer %1 wurde nicht angelegt</translation>
+    </message>
+    <message>
+        <source>the duplicate check was not stored</source>
+        <translation>die Dublettenprüfung wurde nicht gespeichert</translation>
+    </message>
 </context>
 <context>
     <name>OrvexClassifyClient</name>
@@ -130,12 +200,51 @@
         <source>Not authorised</source>
         <translation>Nicht berechtigt</translation>
     </message>
+    <message>
+        <source>the clipboard was not changed</source>
+        <translation>die Zwischenablage wurde nicht geändert</translation>
+    </message>
 </context>
 <context>
     <name>OrvexContentHash</name>
     <message>
         <source>Cannot read %1: %2</source>
         <translation>%1 kann nicht gelesen werden: %2</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexStorageError</name>
+    <message>
+        <source>The archive database cannot be opened</source>
+        <translation>Die Archivdatenbank kann nicht geöffnet werden</translation>
+    </message>
+    <message>
+        <source>The archive is in use by another program</source>
+        <translation>Das Archiv wird von einem anderen Programm verwendet</translation>
+    </message>
+    <message>
+        <source>The archive database is damaged</source>
+        <translation>Die Archivdatenbank ist beschädigt</translation>
+    </message>
+    <message>
+        <source>The change contradicts what the archive holds</source>
+        <translation>Die Änderung widerspricht dem Inhalt des Archivs</translation>
+    </message>
+    <message>
+        <source>The archive database failed</source>
+        <translation>Die Archivdatenbank meldet einen Fehler</translation>
+    </message>
+    <message>
+        <source>The archive database failed (error %1)</source>
+        <translation>Die Archivdatenbank meldet einen Fehler (Code %1)</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>The archive is read-only</source>
+        <translation>Das Archiv ist schreibgeschützt</translation>
     </message>
 </context>
 </TS>

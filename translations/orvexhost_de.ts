@@ -484,6 +484,10 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
         <translation>Ctrl+O</translation>
     </message>
     <message>
+        <source>Orvex Host – %1 (read-only)</source>
+        <translation>Orvex Host – %1 (schreibgeschützt)</translation>
+    </message>
+    <message>
         <source>Filter documents</source>
         <translation>Dokumente filtern</translation>
     </message>

@@ -151,10 +151,6 @@
         <translation>Das Hochladen von %1 wurde abgebrochen.</translation>
     </message>
     <message>
-        <source>The archive&apos;s answer to the duplicate check of %1 could not be read.</source>
-        <translation>Die Antwort des Archivs auf die Dublettenprüfung von %1 ist nicht lesbar.</translation>
-    </message>
-    <message>
         <source>DocId: %1 / Version: %2 / Page: %3</source>
         <translation>DocId: %1 / Version: %2 / Seite: %3</translation>
     </message>
@@ -169,6 +165,22 @@
     <message>
         <source>%1 was not archived: it duplicates archived documents.</source>
         <translation>%1 wurde nicht archiviert: Der Inhalt ist bereits im Archiv vorhanden.</translation>
+    </message>
+    <message>
+        <source>Duplicate Check</source>
+        <translation>Dublettenprüfung</translation>
+    </message>
+    <message>
+        <source>The archive reports that %1 may duplicate archived documents, but its answer could not be read.</source>
+        <translation>Das Archiv meldet, dass %1 archivierte Dokumente doppeln könnte, aber seine Antwort ist nicht lesbar.</translation>
+    </message>
+    <message>
+        <source>Archive the file anyway?</source>
+        <translation>Die Datei trotzdem archivieren?</translation>
+    </message>
+    <message>
+        <source>Archive Anyway</source>
+        <translation>Trotzdem archivieren</translation>
     </message>
 </context>
 <context>

@@ -3,6 +3,7 @@
 #include "orvexlog.h"
 #include "orvexlogindialog.h"
 #include "orvexprofiledata.h"
+#include "orvexprofilelist.h"
 
 #include <QCoreApplication>
 #include <QDialog>
@@ -37,12 +38,6 @@ constexpr qint64 kMaxLineLength = 4096;
 const QChar kChatSeparator(0xFEFF);
 
 } // namespace
-
-struct orvexLoginData::ProfileList
-{
-    QString header; // read, not used
-    QList<orvexProfileData> profiles;
-};
 
 orvexLoginData::orvexLoginData(QObject *parent)
     : QObject(parent)
@@ -136,7 +131,7 @@ bool orvexLoginData::waitForBytes(QLocalSocket *socket, qint64 count, int rounds
     return socket->bytesAvailable() >= count;
 }
 
-bool orvexLoginData::listProfiles(QLocalSocket *socket, ProfileList &list)
+bool orvexLoginData::listProfiles(QLocalSocket *socket, OrvexProfileList &list)
 {
     socket->write(QByteArrayLiteral("GETPROFILES\r\n"));
     socket->flush();
@@ -159,26 +154,13 @@ bool orvexLoginData::listProfiles(QLocalSocket *socket, ProfileList &list)
         return false;
     }
 
-    // The block is parsed from its own buffer: nothing after it is consumed, and
-    // the record reader can tell how much is left.
-    const QByteArray block = socket->read(blockLength);
-    QDataStream blockIn(block);
-    blockIn.setVersion(kStreamVersion);
-    blockIn >> list.header;
-    if (blockIn.status() != QDataStream::Ok) {
+    // Nothing after the block is consumed.
+    if (!OrvexProfileList::read(socket->read(blockLength), list)) {
         orvexWarning() << "PROFILE LIST: UNREADABLE HEADER";
         return false;
     }
-    while (!blockIn.atEnd()) {
-        orvexProfileData profile;
-        blockIn >> profile;
-        if (blockIn.status() != QDataStream::Ok) {
-            orvexWarning() << "PROFILE LIST: RECORD CUT OR CORRUPT AFTER" << list.profiles.size()
-                           << "RECORDS";
-            break;
-        }
-        list.profiles.append(profile);
-    }
+    if (!list.complete)
+        orvexWarning() << "PROFILE LIST: RECORD CUT OR CORRUPT AFTER" << list.profiles.size() << "RECORDS";
     return true;
 }
 
@@ -218,7 +200,7 @@ int orvexLoginData::getDNDPort()
 bool orvexLoginData::getProfileById(orvexProfileData &profile, QString &error, int id)
 {
     QLocalSocket *socket = connectToManager(nullptr);
-    ProfileList list;
+    OrvexProfileList list;
     if (!socket || !listProfiles(socket, list)) {
         if (socket)
             closeSocket(socket);
@@ -246,7 +228,7 @@ bool orvexLoginData::getProfile(orvexProfileData &profile, QString &error, QWidg
         tr("You are not connected to any profile. Please connect using the Connection Manager Orvex!");
 
     QLocalSocket *socket = connectToManager(nullptr);
-    ProfileList list;
+    OrvexProfileList list;
     const bool listed = socket && listProfiles(socket, list);
     if (socket)
         closeSocket(socket); // not held open while the user chooses

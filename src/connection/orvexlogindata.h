@@ -6,6 +6,7 @@
 #include <QString>
 
 class QLocalSocket;
+struct OrvexProfileList;
 class QWidget;
 class orvexProfileData;
 
@@ -51,11 +52,9 @@ public:
     void setAutoStart(bool autoStart);
 
 private:
-    struct ProfileList;
-
     QLocalSocket *connectToManager(const char *logTag);
     QByteArray readOneLine(QLocalSocket *socket);
-    bool listProfiles(QLocalSocket *socket, ProfileList &list);
+    bool listProfiles(QLocalSocket *socket, OrvexProfileList &list);
     bool waitForBytes(QLocalSocket *socket, qint64 count, int rounds);
     void sendUseProfile(QLocalSocket *socket, qint64 profileId, bool trailingHash);
     void closeSocket(QLocalSocket *socket);

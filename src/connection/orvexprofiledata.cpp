@@ -48,7 +48,9 @@ void readStringList(QDataStream &in, QStringList &list)
 }
 
 // The key sequence travels as a list of quint32 key codes (Qt's own layout);
-// QKeySequence holds at most four of them.
+// QKeySequence holds at most four of them, and a sequence ends at its first
+// empty key (Qt writes only the keys before it), so the keys after one are
+// dropped: a record read and written again stays the same.
 void readKeySequence(QDataStream &in, QKeySequence &sequence)
 {
     sequence = QKeySequence();
@@ -57,12 +59,14 @@ void readKeySequence(QDataStream &in, QKeySequence &sequence)
     if (in.status() != QDataStream::Ok || !plausibleCount(in, count, sizeof(quint32)))
         return;
     std::array<int, 4> keys{};
+    bool ended = false;
     for (quint32 i = 0; i < count; ++i) {
         quint32 key = 0;
         in >> key;
         if (in.status() != QDataStream::Ok)
             return;
-        if (i < keys.size())
+        ended = ended || key == 0;
+        if (i < keys.size() && !ended)
             keys[i] = int(key);
     }
     sequence = QKeySequence(keys[0], keys[1], keys[2], keys[3]);

@@ -3,11 +3,11 @@
 #include "classifyinterface.h"
 #include "kelarchiveclientinterface.h"
 #include "orvexarchiveworker.h"
+#include "orvexdragids.h"
 #include "orvexlog.h"
 #include "orvexlogindata.h"
 
 #include <QCoreApplication>
-#include <QDataStream>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -25,45 +25,6 @@ const QString kDocIdsFormat = QStringLiteral("x-application-orvex-docids");
 const QString kDocsIdsFormat = QStringLiteral("x-application-orvex-docsids");
 const QChar kVersionSep(0xFEFF);
 const QChar kInfoSep(0xFFFD);
-
-bool isNumber(const QString &text)
-{
-    bool ok = false;
-    text.toLongLong(&ok, 10);
-    return ok;
-}
-
-// One of the id formats: UTF-8 text, ";"-separated, ending at the first NUL.
-QStringList idsOfFormat(const QMimeData *data, const QString &format)
-{
-    QByteArray bytes = data->data(format);
-    const int nul = bytes.indexOf('\0');
-    if (nul >= 0)
-        bytes.truncate(nul);
-    const QString text = QString::fromUtf8(bytes).trimmed();
-    // Empty parts stay, so that one missing id cannot shift the pairs after it.
-    return text.isEmpty() ? QStringList() : text.split(QLatin1Char(';'));
-}
-
-// A dragged document entry: "4711", or "4711;3" for a chosen version.
-struct Entry
-{
-    QString docId;
-    QString version;
-    QString remarkKey;
-
-    explicit Entry(const QString &text) : docId(text), remarkKey(text)
-    {
-        if (text.contains(QLatin1Char(';'))) {
-            const QStringList parts = text.split(QLatin1Char(';'));
-            docId = parts.at(0);
-            version = parts.at(1);
-            remarkKey = QString(text).replace(QLatin1Char(';'), QLatin1Char('#'));
-        }
-    }
-
-    bool isValid() const { return isNumber(docId) && (version.isEmpty() || isNumber(version)); }
-};
 
 QByteArray joinedUrls(const QList<QUrl> &urls)
 {
@@ -199,20 +160,10 @@ QString OrvexMimeData::documentStreamFormat()
 
 QList<qlonglong> OrvexMimeData::getDocsIdsFromMimeData() const
 {
-    QList<qlonglong> docsIds;
     const QString key = documentStreamFormat();
     if (!formats().contains(key, Qt::CaseSensitive))
-        return docsIds;
-    const QByteArray bytes = data(key);
-    QDataStream in(bytes);
-    while (!in.atEnd()) {
-        QString docsId;
-        in >> docsId;
-        if (in.status() != QDataStream::Ok)
-            break; // a cut-off last item is no id
-        docsIds.append(docsId.toLongLong(nullptr, 10));
-    }
-    return docsIds;
+        return {};
+    return OrvexDragIds::fromDocumentStream(data(key));
 }
 
 OrvexMimeData *OrvexMimeData::create(const QList<Document> &documents, ClassifyInterface *classifyClient,
@@ -270,8 +221,8 @@ void OrvexMimeData::readIdLists(const QMimeData *data, QStringList &docIds, QStr
         docIds = own->m_docIds;
         docsIds = own->m_docsIds;
     } else {
-        docIds = idsOfFormat(data, kDocIdsFormat);
-        docsIds = idsOfFormat(data, kDocsIdsFormat);
+        docIds = OrvexDragIds::fromIdFormat(data->data(kDocIdsFormat));
+        docsIds = OrvexDragIds::fromIdFormat(data->data(kDocsIdsFormat));
     }
     if (docIds.size() != docsIds.size()) {
         // Which document belongs to which entry is unknown: nothing is added.
@@ -359,7 +310,7 @@ QList<QUrl> OrvexMimeData::getUrlList(bool exportNames) const
         + QString::number(m_classifyClient->getProfileId());
 
     for (int i = 0; i < entries.size(); ++i) {
-        const Entry entry(entries.at(i));
+        const OrvexDragIds::Entry entry = OrvexDragIds::entry(entries.at(i));
         if (!entry.isValid()) {
             orvexWarning() << "GETURL LIST: not a document entry:" << entries.at(i);
             continue;
@@ -432,7 +383,7 @@ QVariant OrvexMimeData::getFiles(const QString &mimeType, QVariant::Type type) c
         const bool paired = docsIds.size() == stored.size();
         QList<qlonglong> pairedDocsIds;
         for (int i = 0; i < stored.size(); ++i) {
-            const Entry entry(stored.at(i).toUrl().toString());
+            const OrvexDragIds::Entry entry = OrvexDragIds::entry(stored.at(i).toUrl().toString());
             if (!entry.isValid()) {
                 orvexWarning() << "GET FILES: not a document entry:" << stored.at(i).toUrl().toString();
                 continue;

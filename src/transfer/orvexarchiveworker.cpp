@@ -15,6 +15,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QPluginLoader>
 #include <QProcess>
 #include <QRegularExpression>
@@ -672,6 +673,20 @@ QList<OrvexLauncher *> OrvexArchiveWorker::launches() const
     return alive;
 }
 
+bool OrvexArchiveWorker::askArchiveUnreadableDuplicates(const QString &shownFile)
+{
+    QMessageBox question(QMessageBox::Question, tr("Duplicate Check"),
+                         tr("The archive reports that %1 may duplicate archived documents, but its answer "
+                            "could not be read.").arg(shownFile),
+                         QMessageBox::NoButton, m_parentWidget);
+    question.setInformativeText(tr("Archive the file anyway?"));
+    QPushButton *archive = question.addButton(tr("Archive Anyway"), QMessageBox::AcceptRole);
+    question.addButton(tr("Discard"), QMessageBox::RejectRole);
+    question.setDefaultButton(archive);
+    question.exec();
+    return question.clickedButton() == archive;
+}
+
 bool OrvexArchiveWorker::abandonUpload(const QString &uploadId, const QString &error)
 {
     m_lastError = error;
@@ -758,32 +773,32 @@ bool OrvexArchiveWorker::uploadFile(QString archiveData, QString filePath, bool 
         m_duplicateCanceled = true;
         return abandonUpload(uploadId, tr("The upload of %1 was canceled.").arg(shown));
     }
-    if (!parsed.problems().isEmpty()) {
-        // Which pages the duplicates match cannot be told: nobody can decide on it.
-        return abandonUpload(uploadId, tr("The archive's answer to the duplicate check of %1 could not be read.")
-                                           .arg(shown));
-    }
-
     if (parsed.reportsDuplicates()) {
-        QList<thumbData> duplicates;
         const QList<OrvexDuplicateHit> hits = parsed.duplicates();
-        for (const OrvexDuplicateHit &hit : hits) {
-            int pageCount = 0;
-            QString format;
-            const QByteArray image = m_client->getDocumentThumbnail(hit.docId.toInt(), hit.page, 1024, pageCount,
-                                                                    format, 9, 0, hit.version);
-            duplicates << thumbData{tr("DocId: %1 / Version: %2 / Page: %3").arg(hit.docId).arg(hit.version)
-                                        .arg(hit.page + 1),
-                                    hit.originalKey, image};
+        bool archive = false;
+        if (hits.isEmpty()) {
+            // The archive found something, but nothing of it can be shown: the user decides.
+            archive = askArchiveUnreadableDuplicates(shown);
+        } else {
+            QList<thumbData> duplicates;
+            for (const OrvexDuplicateHit &hit : hits) {
+                int pageCount = 0;
+                QString format;
+                const QByteArray image = m_client->getDocumentThumbnail(hit.docId.toInt(), hit.page, 1024, pageCount,
+                                                                        format, 9, 0, hit.version);
+                duplicates << thumbData{tr("DocId: %1 / Version: %2 / Page: %3").arg(hit.docId).arg(hit.version)
+                                            .arg(hit.page + 1),
+                                        hit.originalKey, image};
+            }
+            OrvexDuplicatesDlg dialog(m_parentWidget);
+            connect(&dialog, &OrvexDuplicatesDlg::cancelAll, progress, &OrvexFileCopy::emitCancelClicked);
+            dialog.setCancelAllVisible(m_fileCount > 1);
+            dialog.setButtonNames(tr("do_archive"), tr("Discard"));
+            dialog.setOriginals(parsed.originals());
+            dialog.setDuplicates(duplicates);
+            archive = dialog.exec() == QDialog::Accepted;
         }
-        OrvexDuplicatesDlg dialog(m_parentWidget);
-        connect(&dialog, &OrvexDuplicatesDlg::cancelAll, progress, &OrvexFileCopy::emitCancelClicked);
-        dialog.setCancelAllVisible(m_fileCount > 1);
-        dialog.setButtonNames(tr("do_archive"), tr("Discard"));
-        dialog.setOriginals(parsed.originals());
-        dialog.setDuplicates(duplicates);
-        const bool accepted = dialog.exec() == QDialog::Accepted;
-        if (!accepted || m_canceled) {
+        if (!archive || m_canceled) {
             m_duplicateCanceled = true;
             return abandonUpload(uploadId, tr("%1 was not archived: it duplicates archived documents.").arg(shown));
         }

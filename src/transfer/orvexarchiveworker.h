@@ -109,6 +109,9 @@ private:
     // Ends an upload that archived nothing: the reason into the last error, the
     // upload (when there is one) discarded, the progress dialog hidden.
     bool abandonUpload(const QString &uploadId, const QString &error);
+    // The archive reported duplicates of which none can be read: true when the
+    // user still wants the file archived.
+    bool askArchiveUnreadableDuplicates(const QString &shownFile);
 
     int m_port = 0;
     QString m_login1;

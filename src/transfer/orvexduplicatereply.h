@@ -22,9 +22,12 @@ struct OrvexDuplicateHit
 //   N, the number of the uploaded file's page images
 //   N lines "key;Base64 image"
 //   one line per duplicate "docId;version;page;unused;key"
-// Duplicate lines without exactly five fields, or with a document id, version
-// or page that is not a number, are skipped. Anything else that does not fit
-// is described in problems(); what could be read is kept.
+// It is read leniently: duplicate lines without exactly five fields, or with
+// a document id, version or page that is not a number, are skipped. A count N
+// that is no number or more than the lines that follow is reported, and the
+// lines are then told apart by their shape, so that the readable duplicates
+// are still found. Anything else that does not fit is described in
+// problems(); what could be read is kept. Numbers are checked, never wrapped.
 class ORVEXWORKBENCH_EXPORT OrvexDuplicateReply
 {
 public:
@@ -40,6 +43,9 @@ public:
     QStringList problems() const { return m_problems; }
 
 private:
+    bool readOriginal(const QString &line);
+    bool readDuplicate(const QString &line);
+
     QString m_uploadId;
     bool m_reportsDuplicates = false;
     QMap<QString, QByteArray> m_originals;

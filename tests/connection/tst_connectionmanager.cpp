@@ -67,6 +67,7 @@ private slots:
 
     void cleanup()
     {
+        QLoggingCategory::setFilterRules(QString());
         m_manager.reset();
         orvexLoginData::setServerNameOverride(QString());
     }
@@ -120,6 +121,9 @@ private slots:
         QTest::newRow("unknown word") << QList<QByteArray>{"HELLO\r\n"} << QByteArray("ERROR\n") << 1;
         QTest::newRow("endless line") << QList<QByteArray>{"GETPROFILES", QByteArray(70000, 'S')}
                                       << QByteArray("ERROR\n") << 1;
+        // Regression: a line over the limit was taken when its end came with it.
+        QTest::newRow("whole line over the limit") << QList<QByteArray>{"USEPROFILE#77#1#" + QByteArray(70000, 'p') + "\r\n"}
+                                                   << QByteArray("ERROR\n") << 1;
     }
 
     void rawRequests()
@@ -131,11 +135,56 @@ private slots:
         QSignalSpy used(m_manager.data(), &OrvexConnectionManager::profileUsed);
         QCOMPARE(exchange(m_name, pieces), reply);
         QCOMPARE(refused.count(), invalid);
-        if (pieces[0].startsWith("USEPROFILE")) {
+        if (pieces[0].startsWith("USEPROFILE") && !invalid) {
             QTRY_COMPARE(used.count(), 1);
             QCOMPARE(used[0], QVariantList({qint64(77), qint64(1), QStringLiteral("/bin/a#b"), false}));
         }
         QCOMPARE(orvexLoginData().getDNDPort(), 45123); // still serving
+    }
+
+    // Regression: a client that sent 200,000 GETPROFILES without reading made
+    // the Connection Manager buffer 64 MB of replies.
+    void clientThatDoesNotReadIsDropped()
+    {
+        QLoggingCategory::setFilterRules(QStringLiteral("orvex.connectionmanager.info=false")); // a line per request
+        m_manager->setDrainTimeout(300);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("CLIENT DROPPED: \\d+ bytes of replies unread")));
+        QSignalSpy dropped(m_manager.data(), &OrvexConnectionManager::clientDropped);
+        QSignalSpy listed(m_manager.data(), &OrvexConnectionManager::profilesListed);
+        QLocalSocket socket;
+        socket.setReadBufferSize(1024); // Qt would take every reply off the connection
+        socket.connectToServer(m_name);
+        QVERIFY(socket.waitForConnected(5000));
+        socket.write(QByteArray("GETPROFILES\r\n").repeated(200000));
+        QTRY_COMPARE_WITH_TIMEOUT(dropped.count(), 1, 30000);
+        QVERIFY(dropped[0][0].toLongLong() <= OrvexConnectionManager::MaxUnreadReplies + replySize());
+        QVERIFY(listed.count() < 200000);
+        QTRY_COMPARE(socket.state(), QLocalSocket::UnconnectedState);
+        QCOMPARE(orvexLoginData().getDNDPort(), 45123); // the others are still served
+    }
+
+    void requestsWaitForAClientThatReadsLate()
+    {
+        QLoggingCategory::setFilterRules(QStringLiteral("orvex.connectionmanager.info=false"));
+        constexpr int count = 20000; // several times MaxUnreadReplies of replies
+        QSignalSpy dropped(m_manager.data(), &OrvexConnectionManager::clientDropped);
+        QLocalSocket socket;
+        socket.setReadBufferSize(1024);
+        socket.connectToServer(m_name);
+        QVERIFY(socket.waitForConnected(5000));
+        socket.write(QByteArray("GETPROFILES\r\n").repeated(count));
+        QTest::qWait(200); // the replies pile up unread meanwhile
+        socket.setReadBufferSize(0);
+        QByteArray received;
+        const qint64 expected = qint64(count) * replySize();
+        QElapsedTimer timer;
+        timer.start();
+        while (received.size() < expected && timer.elapsed() < 30000 && socket.state() == QLocalSocket::ConnectedState) {
+            QTest::qWait(5); // the manager runs on this thread too
+            received += socket.readAll();
+        }
+        QCOMPARE(qint64(received.size()), expected);
+        QCOMPARE(dropped.count(), 0);
     }
 
     void executable()
@@ -170,6 +219,11 @@ private slots:
 
 
 private:
+    qint64 replySize() const
+    {
+        return OrvexConnectionManager::profileListReply(OrvexConnectionManager::replyHeader(), m_store->profiles()).size();
+    }
+
     QTemporaryDir m_dir;
     QScopedPointer<OrvexProfileStore> m_store;
     QScopedPointer<OrvexConnectionManager> m_manager;

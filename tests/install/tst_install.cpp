@@ -77,10 +77,12 @@ void tst_Install::foreignHostLoadsThePlugin()
 {
     const QString build = m_scratch.filePath(QStringLiteral("foreignhost"));
     HostProcess cmake(QStringLiteral(ORVEX_CMAKE_COMMAND));
-    QVERIFY_RAN(cmake.run({QStringLiteral("-S"), QStringLiteral(ORVEX_FOREIGN_HOST_SOURCE), QStringLiteral("-B"), build,
-                           QStringLiteral("-DCMAKE_PREFIX_PATH=") + m_prefix,
-                           QStringLiteral("-DCMAKE_CXX_COMPILER=" ORVEX_CXX_COMPILER)},
-                          180000));
+    QStringList configure{QStringLiteral("-S"), QStringLiteral(ORVEX_FOREIGN_HOST_SOURCE), QStringLiteral("-B"), build,
+                          QStringLiteral("-DCMAKE_PREFIX_PATH=") + m_prefix,
+                          QStringLiteral("-DCMAKE_CXX_COMPILER=" ORVEX_CXX_COMPILER)};
+    if (qstrlen(ORVEX_FOREIGN_CXX_FLAGS) > 0)
+        configure << QStringLiteral("-DCMAKE_CXX_FLAGS=" ORVEX_FOREIGN_CXX_FLAGS);
+    QVERIFY_RAN(cmake.run(configure, 180000));
     QVERIFY_RAN(cmake.run({QStringLiteral("--build"), build}, 300000));
 
     HostProcess foreign(build + QStringLiteral("/foreignhost"));

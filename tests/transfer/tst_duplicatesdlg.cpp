@@ -61,16 +61,58 @@ private slots:
         dialogSettings().clear();
     }
 
-    void replyWithIdsThatAreNoNumbers() // the rest of the reply's bad input goes through the upload
+    // The reply's rows name the fault each guards; the upload tests show what the user sees of them.
+    void reply_data()
     {
-        const QString a64 = QString::fromLatin1(QByteArray("page one image").toBase64());
-        const OrvexDuplicateReply reply = OrvexDuplicateReply::parse(
-            {"up", "1", "p0;" + a64, "abc;1;0;x;p0", "-4;1;0;x;p0", "7;v2;0;x;p0", "7;1;-1;x;p0", " 8 ;2;3;x;p0"});
-        QCOMPARE(reply.duplicates().size(), 1);
-        const OrvexDuplicateHit hit = reply.duplicates().first();
-        QCOMPARE(QString("%1/%2/%3/%4").arg(hit.docId).arg(hit.version).arg(hit.page).arg(hit.originalKey), QString("8/2/3/p0"));
-        QCOMPARE(reply.skippedLines(), 4);
-        QCOMPARE(reply.originals().value("p0"), QByteArray("page one image"));
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QString>("duplicates"); // "docId/version/page/key" of each, joined by " "
+        QTest::addColumn<QStringList>("originals");
+        QTest::addColumn<int>("skipped");
+        QTest::addColumn<int>("problems");
+        const QString image = "p0;" + QString::fromLatin1(QByteArray("page one image").toBase64());
+        QTest::newRow("ids, versions, pages that are no numbers are skipped")
+            << QStringList{"up", "1", image, "abc;1;0;x;p0", "-4;1;0;x;p0", "7;v2;0;x;p0", "7;1;-1;x;p0", " 8 ;2;3;x;p0"}
+            << "8/2/3/p0" << QStringList{"p0"} << 4 << 0;
+        QTest::newRow("a version past 32 bits is skipped, not wrapped")
+            << QStringList{"up", "0", "7;4294967297;0;x;p0", "7;1;99999999999999999999;x;p0"} << "" << QStringList() << 2 << 0;
+        QTest::newRow("an absurd count does not wrap the line arithmetic")
+            << QStringList{"up", "2147483647", "k;aGVsbG8="} << "" << QStringList{"k"} << 0 << 1;
+        QTest::newRow("a count past 64 bits is reported")
+            << QStringList{"up", "99999999999999999999", image, "7;1;0;x;p0"} << "7/1/0/p0" << QStringList{"p0"} << 0 << 1;
+        QTest::newRow("a count beyond the lines still finds the duplicates")
+            << QStringList{"up", "5", image, "7;1;0;x;p0"} << "7/1/0/p0" << QStringList{"p0"} << 0 << 1;
+        QTest::newRow("a count that is no number still finds the duplicates")
+            << QStringList{"up", "two", image, "7;1;0;x;p0", "garbage"} << "7/1/0/p0" << QStringList{"p0"} << 1 << 1;
+        QTest::newRow("a negative count is no number")
+            << QStringList{"up", "-1", "7;1;0;x;p0"} << "7/1/0/p0" << QStringList() << 0 << 1;
+        QTest::newRow("a count too small leaves an image line skipped")
+            << QStringList{"up", "0", image, "7;1;0;x;p0"} << "7/1/0/p0" << QStringList() << 1 << 0;
+        QTest::newRow("bad Base64 keeps the duplicates")
+            << QStringList{"up", "1", "p0;@@@", "7;1;0;x;p0"} << "7/1/0/p0" << QStringList() << 0 << 1;
+        QTest::newRow("an image line without key keeps the duplicates")
+            << QStringList{"up", "1", "aGVsbG8=", "7;1;0;x;p0"} << "7/1/0/p0" << QStringList() << 0 << 1;
+        QTest::newRow("only the upload id") << QStringList{"up"} << "" << QStringList() << 0 << 0;
+    }
+
+    void reply()
+    {
+        QFETCH(QStringList, lines);
+        QFETCH(QString, duplicates);
+        QFETCH(QStringList, originals);
+        QFETCH(int, skipped);
+        QFETCH(int, problems);
+        if (problems)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("DUPLICATES malformed reply"));
+        const OrvexDuplicateReply reply = OrvexDuplicateReply::parse(lines);
+        QStringList hits;
+        for (const OrvexDuplicateHit &hit : reply.duplicates())
+            hits << QString("%1/%2/%3/%4").arg(hit.docId).arg(hit.version).arg(hit.page).arg(hit.originalKey);
+        QCOMPARE(hits.join(' '), duplicates);
+        QCOMPARE(reply.originals().keys(), originals);
+        QCOMPARE(reply.skippedLines(), skipped);
+        QCOMPARE(reply.problems().size(), problems);
+        QCOMPARE(reply.reportsDuplicates(), lines.size() > 1);
+        QCOMPARE(reply.uploadId(), lines.value(0));
     }
 
     void placeholders_data()
