@@ -115,14 +115,6 @@
         <translation>Dokument(e) senden...</translation>
     </message>
     <message>
-        <source>E-Mail Command</source>
-        <translation>E-Mail-Befehl</translation>
-    </message>
-    <message>
-        <source>The e-mail could not be created, unable to start Mail-Client!</source>
-        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
-    </message>
-    <message>
         <source>Another upload is still running.</source>
         <translation>Es läuft noch ein anderes Hochladen.</translation>
     </message>
@@ -269,6 +261,53 @@
     </message>
 </context>
 <context>
+    <name>OrvexLauncher</name>
+    <message>
+        <source>The e-mail could not be created, unable to start Mail-Client!</source>
+        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
+    </message>
+    <message>
+        <source>No mail program is set up (%1).</source>
+        <translation>Es ist kein E-Mail-Programm eingerichtet (%1).</translation>
+    </message>
+    <message>
+        <source>%1 was not found.</source>
+        <translation>%1 wurde nicht gefunden.</translation>
+    </message>
+    <message>
+        <source>No program to open %1 is set up (%2).</source>
+        <translation>Es ist kein Programm zum Öffnen von %1 eingerichtet (%2).</translation>
+    </message>
+    <message>
+        <source>No program to open %1 files is set up (%2).</source>
+        <translation>Es ist kein Programm zum Öffnen von %1-Dateien eingerichtet (%2).</translation>
+    </message>
+    <message>
+        <source>%1 could not be started (%2).</source>
+        <translation>%1 ließ sich nicht starten (%2).</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened: %2 could not be started (%3).</source>
+        <translation>%1 konnte nicht geöffnet werden: %2 ließ sich nicht starten (%3).</translation>
+    </message>
+    <message>
+        <source>The mail program %1 crashed.</source>
+        <translation>Das E-Mail-Programm %1 ist abgestürzt.</translation>
+    </message>
+    <message>
+        <source>The mail program %1 ended with exit code %2.</source>
+        <translation>Das E-Mail-Programm %1 endete mit dem Rückgabewert %2.</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened: %2 crashed.</source>
+        <translation>%1 konnte nicht geöffnet werden: %2 ist abgestürzt.</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened: %2 ended with exit code %3.</source>
+        <translation>%1 konnte nicht geöffnet werden: %2 endete mit dem Rückgabewert %3.</translation>
+    </message>
+</context>
+<context>
     <name>OrvexMimeData</name>
     <message>
         <source>Warning</source>
@@ -285,6 +324,13 @@
     <message>
         <source>There is no connection to the archive.</source>
         <translation>Es besteht keine Verbindung zum Archiv.</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexUndoOffer</name>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
     </message>
 </context>
 <context>
@@ -527,6 +573,18 @@
     <message>
         <source>Remove Clipboard </source>
         <translation>Zwischenablage entfernen: </translation>
+    </message>
+    <message>
+        <source>No clipboard matches</source>
+        <translation>Keine Zwischenablage passt</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 removed.</source>
+        <translation>Zwischenablage %1 entfernt.</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 could not be removed.</source>
+        <translation>Zwischenablage %1 konnte nicht entfernt werden.</translation>
     </message>
 </context>
 </TS>
