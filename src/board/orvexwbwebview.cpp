@@ -382,10 +382,14 @@ void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
     // asking their data for URLs would make it export documents.
     if (event->mimeData() && event->mimeData()->hasFormat(kDragMarker)) {
         // A card over its own board goes nowhere; elsewhere the user learns
-        // at once why a board will not take the documents.
+        // at once why a board will not take the documents, once per drag
+        // however often it comes back over the board.
         const QString reason = event->source() == this ? QString() : refusal(event->mimeData());
-        if (!reason.isEmpty())
+        auto *data = const_cast<QMimeData *>(event->mimeData());
+        if (!reason.isEmpty() && m_refusedDrag != data) {
+            m_refusedDrag = data;
             QSnackbarEvent(reason).send();
+        }
         event->acceptProposedAction();
         return;
     }
@@ -424,6 +428,11 @@ void orvexwbwebview::dropEvent(QDropEvent *event)
     }
     event->setDropAction(event->proposedAction());
     event->accept();
+    if (docIds.isEmpty()) {
+        QSnackbarEvent(tr("Nothing was added to clipboard %1: the dragged data names no documents.").arg(m_tabText))
+            .send();
+        return;
+    }
     addDocuments(docIds, docsIds, notes);
 }
 
@@ -439,6 +448,10 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
     progress.show();
 
     int added = 0;
+    int already = 0;
+    int leftOut = 0;
+    int refused = 0;
+    int invalid = 0;
     QString lastCard;
     for (int i = 0; i < docIds.size(); ++i) {
         progress.setValue(i);
@@ -446,16 +459,22 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             break;
         const QString &docId = docIds.at(i);
         const QString &docsId = docsIds.at(i);
-        if (m_cards.contains(docsId))
+        if (m_cards.contains(docsId)) {
+            ++already;
             continue;
+        }
         // Refused before the server sees them: an entry there without a card
         // here would be one the user never saw added.
         if (!isId(docId) || !isId(docsId)) {
             orvexWarning() << "DROP ENTRY REFUSED" << docId << docsId;
+            ++invalid;
             continue;
         }
-        if (m_cards.size() >= m_cardLimit)
+        if (m_cards.size() >= m_cardLimit) {
+            for (int rest = i; rest < docIds.size(); ++rest)
+                ++(m_cards.contains(docsIds.at(rest)) ? already : leftOut);
             break;
+        }
         orvexDebug() << "ADD DOCIDS TO  CLIPBOARD " << docId << docsId;
         if (m_classifyClient->addToClipboard(m_id, docId, docsId)) {
             const QString note = notes.value(i);
@@ -464,6 +483,8 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             appendCard(docId, docsId, note, true);
             lastCard = docsId;
             ++added;
+        } else {
+            ++refused;
         }
         if (isStopped())
             break;
@@ -472,7 +493,20 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
 
     if (!lastCard.isEmpty())
         emit javascript(orvexcardscripts::scrollToCard(lastCard));
-    QSnackbarEvent(tr("Added %1 document(s) to clipboard %2").arg(QString::number(added), m_tabText)).send();
+    // One message for the whole drop, saying why what was not added was not.
+    QStringList reasons;
+    if (already > 0)
+        reasons << tr("%n already on it", nullptr, already);
+    if (leftOut > 0)
+        reasons << tr("%n left out: it holds at most %1 documents", nullptr, leftOut).arg(m_cardLimit);
+    if (refused > 0)
+        reasons << tr("%n refused by the archive", nullptr, refused);
+    if (invalid > 0)
+        reasons << tr("%n without a valid id", nullptr, invalid);
+    QString message = tr("Added %1 document(s) to clipboard %2").arg(QString::number(added), m_tabText);
+    if (!reasons.isEmpty())
+        message += QStringLiteral(" (") + reasons.join(QStringLiteral("; ")) + QLatin1Char(')');
+    QSnackbarEvent(message).send();
     return added;
 }
 

@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <QMap>
+#include <QMimeData>
 #include <QMutex>
 #include <QPixmap>
 #include <QPointer>
@@ -20,7 +21,7 @@ class ClassifyInterface;
 class QDragEnterEvent;
 class QDragMoveEvent;
 class QDropEvent;
-class QMimeData;
+
 class QWebChannel;
 class kelArchiveClientInterface;
 class OrvexArchiveWorker;
@@ -171,6 +172,7 @@ private:
     orvexcardbridge *m_bridge = nullptr;
     OrvexArchiveWorker *m_dragWorker = nullptr; // exports the cards dragged out
     bool m_cardDragRunning = false;
+    QPointer<QMimeData> m_refusedDrag; // the drag last told why it cannot be dropped here
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
 };

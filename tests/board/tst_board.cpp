@@ -631,22 +631,33 @@ private slots:
         QTest::addColumn<QString>("docIds");
         QTest::addColumn<QString>("docsIds");
         QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
+        QTest::addColumn<int>("refuseFrom"); // the server refuses from this call on; 0: never
         QTest::addColumn<QStringList>("added");
         QTest::addColumn<QString>("message"); // the status message that ends the drop
         const QString added2 = QStringLiteral("Added 2 document(s) to clipboard Board");
-        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"} << added2;
+        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << 0 << QStringList{"500", "501"} << added2;
         // Regression: a refusing board gave no reason.
-        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList()
+        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << 0 << QStringList()
                                    << "Clipboard Board is read-only: documents cannot be added to it.";
-        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList()
+        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << 0 << QStringList()
                                     << "Clipboard Board is full: it holds at most 200 documents.";
-        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"}
-                                           << "Added 1 document(s) to clipboard Board";
-        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList()
-                                      << "Added 0 document(s) to clipboard Board";
-        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"}
-                                 << "Added 1 document(s) to clipboard Board";
-        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2
+        // Failed before: what was not added, and why, went unsaid.
+        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << 0 << QStringList{"501"}
+                                           << "Added 1 document(s) to clipboard Board (1 already on it)";
+        QTest::newRow("all there already") << true << 2 << "100;101" << "500;501" << 0 << 0 << QStringList()
+                                           << "Added 0 document(s) to clipboard Board (2 already on it)";
+        QTest::newRow("partly full") << true << 198 << "100;900;901;902;903" << "500;900;901;902;903" << 0 << 0
+                                     << QStringList{"900", "901"}
+                                     << "Added 2 document(s) to clipboard Board (1 already on it; "
+                                        "2 left out: it holds at most 200 documents)";
+        QTest::newRow("server refuses") << true << 0 << "100;101;102" << "500;501;502" << 0 << 2
+                                        << QStringList{"500"}
+                                        << "Added 1 document(s) to clipboard Board (2 refused by the archive)";
+        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << 0 << QStringList()
+                                      << "Nothing was added to clipboard Board: the dragged data names no documents.";
+        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << 0 << QStringList{"500"}
+                                 << "Added 1 document(s) to clipboard Board (3 without a valid id)";
+        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << 0
                                       << QStringList{"500", "501"} << added2;
     }
 
@@ -657,6 +668,7 @@ private slots:
         QFETCH(QString, docIds);
         QFETCH(QString, docsIds);
         QFETCH(int, cancelAt);
+        QFETCH(int, refuseFrom);
         QFETCH(QStringList, added);
         QFETCH(QString, message);
         const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
@@ -664,9 +676,11 @@ private slots:
         board->setTabText(QStringLiteral("Board"));
         for (int i = 0; i < preset; ++i)
             board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
-        m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
+        m_classify->onAdd = [this, board, cancelAt, refuseFrom, adds = 0]() mutable {
             if (++adds == cancelAt)
                 board->findChild<QProgressDialog *>()->cancel();
+            if (adds == refuseFrom)
+                m_classify->log().setFailing("addToClipboard");
         };
         // Plain data, as a drag from another process or application brings it; a NUL ends the text.
         QMimeData data;
@@ -676,9 +690,14 @@ private slots:
         QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
         data.setData("x-application-orvex", QByteArray());
         QCOMPARE(deliverDrop(board, &data), accepted);
+        // A refusal is told once per drag, however often the drag comes back over the board.
+        if (!accepted)
+            deliverDrop(board, &data);
         QTRY_COMPARE_WITH_TIMEOUT(snackbars.texts, QStringList{message}, kTimeout);
-        // The server is asked for exactly the cards that appear, nothing else.
-        QCOMPARE(count("addToClipboard"), added.size());
+        QTest::qWait(50);
+        QCOMPARE(snackbars.texts.size(), 1);
+        // The server is asked for exactly the cards that appear, and those it refused.
+        QCOMPARE(count("addToClipboard"), added.size() + (refuseFrom ? docIds.count(';') + 2 - refuseFrom : 0));
         QCOMPARE(board->cardCount(), preset + added.size());
         for (const QString &id : added)
             QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
