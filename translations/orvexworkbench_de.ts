@@ -548,6 +548,38 @@
         <source>Clipboard %1 is full: it holds at most %2 documents.</source>
         <translation>Die Zwischenablage %1 ist voll: Sie fasst höchstens %2 Dokumente.</translation>
     </message>
+    <message>
+        <source>Nothing was added to clipboard %1: the dragged data names no documents.</source>
+        <translation>Zur Zwischenablage %1 wurde nichts hinzugefügt: Die gezogenen Daten nennen keine Dokumente.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n already on it</source>
+        <translation>
+            <numerusform>%n war schon darin</numerusform>
+            <numerusform>%n waren schon darin</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n left out: it holds at most %1 documents</source>
+        <translation>
+            <numerusform>%n ausgelassen: Sie fasst höchstens %1 Dokumente</numerusform>
+            <numerusform>%n ausgelassen: Sie fasst höchstens %1 Dokumente</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n refused by the archive</source>
+        <translation>
+            <numerusform>%n vom Archiv abgelehnt</numerusform>
+            <numerusform>%n vom Archiv abgelehnt</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n without a valid id</source>
+        <translation>
+            <numerusform>%n ohne gültige ID</numerusform>
+            <numerusform>%n ohne gültige ID</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>orvexworkbenchdock</name>

@@ -16,6 +16,8 @@
 #include <QThread>
 #include <QWebEnginePage>
 #include <QWebEngineSettings>
+#include <QTranslator>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <atomic>
@@ -701,6 +703,61 @@ private slots:
         QCOMPARE(board->cardCount(), preset + added.size());
         for (const QString &id : added)
             QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+    }
+
+    // Failed before: the menu of a card at the board's left edge opened leftward
+    // and was cut off; near the bottom it ran out of the scrolling area.
+    void menusOpenInsideTheView_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<bool>("nearTheBottom"); // its card scrolled to the bottom of the area
+        QTest::addColumn<int>("width");          // of the board
+        QTest::addColumn<bool>("german");        // the longer German texts
+        QTest::newRow("card at the left edge") << "btn_505_btn" << false << 460 << true;
+        QTest::newRow("card at the right edge") << "btn_504_btn" << false << 460 << true;
+        QTest::newRow("card near the bottom") << "btn_501_btn" << true << 460 << false;
+        QTest::newRow("clipboard menu") << "main-menu" << false << 460 << false;
+        // Failed before: in a dock of its least width the menu button itself lay outside the view.
+        QTest::newRow("clipboard menu, narrow dock") << "main-menu" << false << 270 << false;
+    }
+    void menusOpenInsideTheView()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, nearTheBottom);
+        QFETCH(int, width);
+        QFETCH(bool, german);
+        QTranslator translator;
+        if (german) {
+            QVERIFY(translator.load(QLocale(QLocale::German), "orvexworkbench", "_", ":/translations"));
+            QCoreApplication::installTranslator(&translator);
+        }
+        auto english = qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
+        orvexwbwebview *board = boardWith(6);
+        board->resize(width, 560); // at most two cards a row, as in a dock
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "window.innerWidth").toInt(), width, kTimeout);
+        const QString buttonInView = QString("(function () { var r = document.getElementById('%1').getBoundingClientRect();"
+                                             " return r.left >= 0 && r.right <= document.documentElement.clientWidth; })()")
+                                         .arg(button);
+        // The button in view, as the user sees it: its card at the top of the
+        // area, or scrolled down until the button sits just above the area's bottom.
+        js(board, QString("var s = document.querySelector('.mdl-layout__content');"
+                          "var b = document.getElementById('%1');"
+                          "if (%2) s.scrollTop += b.getBoundingClientRect().bottom - s.getBoundingClientRect().bottom + 24;"
+                          "else if ($(b).closest('section').length) $(b).closest('section')[0].scrollIntoView(); null;")
+                      .arg(button, nearTheBottom ? "true" : "false"));
+        QVERIFY(js(board, buttonInView).toBool());
+        js(board, QString("document.getElementById('%1').click(); null;").arg(button));
+        // The menu lies in the view and, for a card, in the scrolling area.
+        const QString area = button == "main-menu" ? "document.documentElement" : "document.querySelector('.mdl-layout__content')";
+        const QString inside = QString("(function () {"
+                                       "  var m = document.querySelector('ul[for=\"%1\"]').parentElement;"
+                                       "  var r = m.getBoundingClientRect(), a = %2.getBoundingClientRect();"
+                                       "  var w = document.documentElement.clientWidth, h = document.documentElement.clientHeight;"
+                                       "  return m.classList.contains('is-visible') && r.width > 100 && r.left >= Math.max(0, a.left)"
+                                       "    && r.right <= Math.min(w, a.right) && r.top >= Math.max(0, a.top)"
+                                       "    && r.bottom <= Math.min(h, a.bottom) ? 'inside' : JSON.stringify(r) + ' in ' + JSON.stringify(a);"
+                                       "})()").arg(button, area);
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, inside).toString(), QString("inside"), kTimeout);
     }
 
     // Regression: the enlarged preview (the focused thumbnail) stayed open after a card drag and on Escape.
