@@ -31,7 +31,7 @@ QString OrvexArchive::defaultLocation()
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/orvex/archive");
 }
 
-bool OrvexArchive::open(const QString &folder, bool createSampleWhenNew)
+bool OrvexArchive::open(const QString &location, bool createSampleWhenNew)
 {
     delete m_archiveClient;
     m_archiveClient = nullptr;
@@ -40,16 +40,38 @@ bool OrvexArchive::open(const QString &folder, bool createSampleWhenNew)
     if (m_store)
         disconnect(m_store.data(), nullptr, this, nullptr);
     QString error;
-    m_store = OrvexArchiveStore::shared(folder, createSampleWhenNew, &error);
+    m_store = OrvexArchiveStore::shared(location, createSampleWhenNew, &error);
     // A read-only archive is viewed as it is: it cannot learn a user it does not know, who may read nothing in it.
     if (!m_store || (!m_store->isReadOnly() && !m_store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error))) {
         m_lastError = error;
         m_store.reset();
         return false;
     }
+    if (m_store->isServer())
+        m_user = m_store->location().effectiveUser();
     connect(m_store.data(), &OrvexArchiveStore::documentsChanged, this, &OrvexArchive::documentsChanged);
+    connect(m_store.data(), &OrvexArchiveStore::changedElsewhere, this, [this](int topics) {
+        if ((topics & OrvexArchiveBackend::Clipboards) && m_classify)
+            emit m_classify->clipboardsChanged();
+    });
     m_lastError.clear();
     return true;
+}
+
+void OrvexArchive::watchChanges()
+{
+    if (m_store)
+        m_store->watchChanges();
+}
+
+bool OrvexArchive::isServer() const
+{
+    return m_store && m_store->isServer();
+}
+
+bool OrvexArchive::isReadOnly() const
+{
+    return m_store && m_store->isReadOnly();
 }
 
 QString OrvexArchive::lastError() const
@@ -65,11 +87,6 @@ QString OrvexArchive::folder() const
 bool OrvexArchive::isOpen() const
 {
     return m_store && m_store->isOpen();
-}
-
-bool OrvexArchive::isReadOnly() const
-{
-    return m_store && m_store->isReadOnly();
 }
 
 QString OrvexArchive::user() const
@@ -89,10 +106,18 @@ OrvexConnectionValues OrvexArchive::connectionValues() const
     OrvexConnectionValues values;
     if (!isOpen())
         return values;
-    values.server = m_store->setting(QStringLiteral("server"));
-    values.port = m_store->setting(QStringLiteral("port")).toInt();
+    if (m_store->isServer()) {
+        // The server is the address; the password, if any, is the address's.
+        const OrvexArchiveLocation location = m_store->location();
+        values.server = location.withUser(m_user).toString();
+        values.port = location.port();
+        values.login2 = m_user == location.effectiveUser() ? location.password() : QString();
+    } else {
+        values.server = m_store->setting(QStringLiteral("server"));
+        values.port = m_store->setting(QStringLiteral("port")).toInt();
+        values.login2 = m_store->setting(QStringLiteral("local_password"));
+    }
     values.login1 = m_user;
-    values.login2 = m_store->setting(QStringLiteral("local_password"));
     values.archiveName = m_store->setting(QStringLiteral("archive_name"));
     values.login3 = m_store->setting(QStringLiteral("tenant"));
     return values;
@@ -105,12 +130,17 @@ QList<OrvexArchiveDocument> OrvexArchive::documents() const
         return documents;
     QSqlDatabase db = m_store->database();
     QSqlQuery query(db);
-    if (!query.exec(QStringLiteral(
-            "SELECT d.id, d.title, COALESCE(t.name, ''), COALESCE(s.name, ''), v.pages, "
-            "(SELECT COUNT(*) FROM versions WHERE doc_id = d.id), d.file_name, d.docs_id, d.doc_date "
-            "FROM documents d JOIN versions v ON v.doc_id = d.id AND v.version = d.current_version "
-            "LEFT JOIN doc_types t ON t.key = d.type_key LEFT JOIN doc_statuses s ON s.key = d.status_key "
-            "ORDER BY d.id")))
+    query.setForwardOnly(true);
+    query.prepare(OrvexArchiveStore::rolesOfUser() + QStringLiteral(
+        "SELECT d.id, d.title, COALESCE(t.name, ''), COALESCE(s.name, ''), v.pages, "
+        "(SELECT COUNT(*) FROM versions WHERE doc_id = d.id), d.file_name, d.docs_id, d.doc_date, "
+        "CASE WHEN EXISTS (SELECT 1 FROM my_roles) AND (d.read_role IS NULL OR d.read_role IN (SELECT role FROM my_roles)) "
+        "THEN 1 ELSE 0 END "
+        "FROM documents d JOIN versions v ON v.doc_id = d.id AND v.version = d.current_version "
+        "LEFT JOIN doc_types t ON t.key = d.type_key LEFT JOIN doc_statuses s ON s.key = d.status_key "
+        "ORDER BY d.id"));
+    query.addBindValue(m_user);
+    if (!query.exec())
         return documents;
     while (query.next()) {
         OrvexArchiveDocument document;
@@ -123,10 +153,9 @@ QList<OrvexArchiveDocument> OrvexArchive::documents() const
         document.fileName = query.value(6).toString();
         document.docsId = query.value(7).toLongLong();
         document.date = query.value(8).toString();
+        document.readable = query.value(9).toInt() == 1;
         documents << document;
     }
-    for (OrvexArchiveDocument &document : documents)
-        document.readable = m_store->mayRead(m_user, document.id);
     return documents;
 }
 
@@ -156,19 +185,18 @@ qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title
         m_lastError = tr("No archive is open");
         return 0;
     }
-    QStringList createdFiles;
+    OrvexArchiveStore::FileChanges files;
     qlonglong docId = 0;
     QString error;
     const bool ok = m_store->write([&](QSqlDatabase &db, QString &stepError) {
         OrvexArchiveStore::ImportOptions options;
         options.title = title;
         options.owner = m_user;
-        docId = m_store->importFile(db, filePath, options, 0, createdFiles, stepError);
+        docId = m_store->importFile(db, filePath, options, 0, files, stepError);
         return docId != 0;
     }, &error, tr("%1 was not archived").arg(QFileInfo(filePath).fileName()));
     if (!ok) {
-        for (const QString &path : qAsConst(createdFiles))
-            QFile::remove(path);
+        m_store->undoFiles(files);
         m_lastError = error;
         return 0;
     }

@@ -39,11 +39,15 @@ struct OrvexConnectionValues
     QString login3;
 };
 
-// The embedded archive: an SQLite database with the documents' files in a data
-// folder beside it. It hands out the two clients a host gives the workbench; both
-// act as user(). The clients are owned by this object. Everything in one process
-// that opens the same folder (this object, clients of the plugin library) shares
-// one store, so documentsChanged() also reports uploads made by those clients.
+// The archive: in a folder (an SQLite database with the documents' files
+// beside it), or on a PostgreSQL server (postgresql://user@host:port/database,
+// worked on as the database role of user()). It hands out the two clients a
+// host gives the workbench; both act as user(). The clients are owned by this
+// object. Everything in one process that opens the same archive as the same
+// user (this object, clients of the plugin library) shares one store, so
+// documentsChanged() also reports uploads made by those clients; once
+// watchChanges() has run, it also reports documents others archived, and the
+// classification client's clipboardsChanged() the clipboards others changed.
 class ORVEXARCHIVE_EXPORT OrvexArchive : public QObject
 {
     Q_OBJECT
@@ -53,22 +57,33 @@ public:
     ~OrvexArchive() override;
 
     static QString defaultLocation(); // under the user's data folder
-    // Where clients made by the plugin library look for the archive (else defaultLocation()).
+    // Where clients made by the plugin library look for the archive (else
+    // defaultLocation()): a folder or a server address.
     static constexpr const char *FolderVariable = "ORVEX_ARCHIVE_DIR";
 
-    // Opens (and migrates) the archive in folder; an empty or missing folder gets
-    // a fresh archive, filled with the sample documents when createSampleWhenNew.
-    bool open(const QString &folder, bool createSampleWhenNew = true);
+    // Opens (and migrates) the archive at location, a folder or a server
+    // address; an empty or missing folder and an empty database get a fresh
+    // archive, filled with the sample documents when createSampleWhenNew.
+    bool open(const QString &location, bool createSampleWhenNew = true);
     QString lastError() const;
+    // The folder, or the server address (without password).
     QString folder() const;
     bool isOpen() const;
+    bool isServer() const;
     // Open for reading only: this process cannot change the archive (a
     // read-only folder, database file or mount). Every write then fails with
     // "The archive is read-only".
     bool isReadOnly() const;
 
     QString user() const;
-    void setUser(const QString &userId); // default: the operating-system user
+    // Default: the operating-system user, on a server the address's user. On a
+    // server another user works as the database role of that name (its
+    // password from the client library's usual places, such as ~/.pgpass).
+    void setUser(const QString &userId);
+
+    // Starts reporting changes that others make (see above); the calling
+    // thread needs an event loop.
+    void watchChanges();
 
     OrvexConnectionValues connectionValues() const; // values the archive's own checks accept
     QList<OrvexArchiveDocument> documents() const;

@@ -25,8 +25,11 @@ OrvexArchiveClient::OrvexArchiveClient(QSharedPointer<OrvexArchiveStore> store, 
     m_documents.reset(new OrvexArchiveDocuments(*m_session, *m_transfer));
     m_thumbnails.reset(new OrvexArchiveThumbnails(*m_session, *m_documents));
     m_uploads.reset(new OrvexArchiveUploads(*m_session, *m_transfer));
-    if (store)
-        connect(this, &OrvexArchiveClient::documentsChanged, store.data(), &OrvexArchiveStore::documentsChanged);
+    // Everybody on the same store hears of the documents this client adds or removes.
+    connect(this, &OrvexArchiveClient::documentsChanged, this, [this] {
+        if (const QSharedPointer<OrvexArchiveStore> current = m_session->store())
+            emit current->documentsChanged();
+    });
 }
 
 OrvexArchiveClient::~OrvexArchiveClient() = default;
@@ -64,6 +67,9 @@ kelArchiveClientInterface *OrvexArchiveClient::createClient(QString applicationD
     QString folder = qEnvironmentVariable(OrvexArchive::FolderVariable);
     if (folder.trimmed().isEmpty())
         folder = OrvexArchive::defaultLocation();
+    // A client of a server finds its store when it logs in, as its user.
+    if (OrvexArchiveLocation::isServerAddress(folder))
+        return new OrvexArchiveClient();
     QString error;
     const QSharedPointer<OrvexArchiveStore> store = OrvexArchiveStore::shared(folder, true, &error);
     if (!store || !store->ensureUser(OrvexArchiveStore::operatingSystemUser(), &error)) {

@@ -70,7 +70,8 @@ public:
 
     // Without a store the client opens the archive named by the environment
     // variable ORVEX_ARCHIVE_DIR, else OrvexArchive::defaultLocation(), on
-    // createClient().
+    // createClient(); a server address there is opened by the login, as the
+    // user who logs in.
     explicit OrvexArchiveClient(QSharedPointer<OrvexArchiveStore> store = {}, QObject *parent = nullptr);
     ~OrvexArchiveClient() override;
 

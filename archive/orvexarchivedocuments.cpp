@@ -36,19 +36,18 @@ QString partFileName(const QString &fileName, int version, const QString &stored
         ? suffix : storedSuffix;
     return QStringLiteral("%1_v%2%3").arg(base).arg(version).arg(kept.isEmpty() ? QString() : QLatin1Char('.') + kept);
 }
+} // namespace
 
-// The suffix of a stored file (lower case since import), else the one of the
-// document's name, else the usual one of the file's content type.
-QString fileSuffix(const QString &storedPath, const QString &fileName)
+QString OrvexArchiveDocuments::fileSuffix(const QString &stored, const QString &fileName)
 {
-    QString suffix = QFileInfo(storedPath).suffix();
+    QString suffix = QFileInfo(stored).suffix();
     if (suffix.isEmpty())
         suffix = QFileInfo(fileName).suffix().toLower();
     if (suffix.isEmpty())
-        suffix = QMimeDatabase().mimeTypeForFile(storedPath).preferredSuffix();
+        suffix = QMimeDatabase().mimeTypeForName(m_session.store()->mimeType(OrvexArchiveStore::Area::Files, stored))
+                     .preferredSuffix();
     return suffix;
 }
-} // namespace
 
 OrvexArchiveDocuments::OrvexArchiveDocuments(OrvexArchiveSession &session, OrvexArchiveTransfer &transfer)
     : m_session(session)
@@ -89,7 +88,7 @@ bool OrvexArchiveDocuments::versionFile(qlonglong docId, int version, VersionFil
         return m_session.fail(error);
     if (!query.next())
         return m_session.fail(tr("Document %1 has no version %2").arg(docId).arg(version));
-    file.path = m_session.store()->filesPath() + QLatin1Char('/') + query.value(0).toString();
+    file.stored = query.value(0).toString();
     file.fileName = query.value(1).toString();
     file.version = query.value(2).toInt();
     file.pages = query.value(3).toInt();
@@ -117,7 +116,12 @@ bool OrvexArchiveDocuments::exportVersion(qlonglong docId, int version, QString 
         return m_session.fail(tr("Cannot create %1").arg(folder));
     const QString name = version > 0 ? fileNameFor(docId, file.version) : file.fileName;
     const QString target = folder + QLatin1Char('/') + (name.isEmpty() ? QString::number(docId) : name);
-    if (!m_transfer.copy(file.path, target, file.size, nullptr, tr("document %1 was not exported").arg(docId)))
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    const auto source = [store, stored = file.stored](QString &error) {
+        return store->openFile(OrvexArchiveStore::Area::Files, stored, error);
+    };
+    if (!m_transfer.copy(source, file.stored, OrvexArchiveTransfer::newLocalFile(target), file.size, nullptr,
+                         tr("document %1 was not exported").arg(docId)))
         return false;
     localPath = target;
     return true;
@@ -128,7 +132,7 @@ QString OrvexArchiveDocuments::fileNameFor(qlonglong docId, int version)
     VersionFile file;
     if (!versionFile(docId, version, file))
         return {};
-    return partFileName(file.fileName, file.version, fileSuffix(file.path, file.fileName));
+    return partFileName(file.fileName, file.version, fileSuffix(file.stored, file.fileName));
 }
 
 bool OrvexArchiveDocuments::exportDocument(int docId, QString &localPath, int purpose, QString option)
@@ -171,35 +175,34 @@ QStringList OrvexArchiveDocuments::searchDocs(QString query)
 {
     if (!m_session.requireConnection())
         return {};
-    QStringList words;
-    for (QString word : query.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        word.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-        words << QLatin1Char('"') + word + QStringLiteral("\"*");
-    }
-    if (words.isEmpty()) {
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    QString condition;
+    QVariantList values;
+    if (!store->backend().fullTextCondition(QStringLiteral("d.id"), query, false, condition, values)) {
         m_session.fail(tr("Empty search"));
         return {};
     }
     QString error;
-    QSqlDatabase db = m_session.store()->database(&error);
+    QSqlDatabase db = store->database(&error);
     if (!db.isOpen()) {
         m_session.fail(error);
         return {};
     }
     QSqlQuery match(db);
-    match.prepare(QStringLiteral("SELECT rowid FROM doc_text WHERE doc_text MATCH ? ORDER BY rowid"));
-    match.addBindValue(words.join(QLatin1Char(' ')));
+    match.prepare(OrvexArchiveStore::rolesOfUser()
+                  + QStringLiteral("SELECT d.id FROM documents d WHERE EXISTS (SELECT 1 FROM my_roles) "
+                                   "AND (d.read_role IS NULL OR d.read_role IN (SELECT role FROM my_roles)) AND ")
+                  + condition + QStringLiteral(" ORDER BY d.id"));
+    match.addBindValue(m_session.user());
+    for (const QVariant &value : qAsConst(values))
+        match.addBindValue(value);
     if (!exec(match, error)) {
         m_session.fail(error);
         return {};
     }
     QStringList ids;
-    const QString acting = m_session.user();
-    while (match.next()) {
-        const qlonglong id = match.value(0).toLongLong();
-        if (m_session.store()->mayRead(acting, id))
-            ids << QString::number(id);
-    }
+    while (match.next())
+        ids << match.value(0).toString();
     return ids;
 }
 
@@ -213,24 +216,24 @@ QStringList OrvexArchiveDocuments::getAllVersions(int docId)
     QSqlDatabase db = m_session.store()->database();
     QSqlQuery query(db);
     query.prepare(QStringLiteral(
-        "SELECT v.version, v.created, v.size, d.owner, v.pages, v.sha256, v.version = d.current_version, "
+        "SELECT v.version, v.created, v.size, d.owner, v.pages, v.sha256, "
+        "CASE WHEN v.version = d.current_version THEN 1 ELSE 0 END AS is_current, "
         "d.docs_id, v.file, d.file_name FROM versions v JOIN documents d ON d.id = v.doc_id WHERE v.doc_id = ? "
-        "ORDER BY v.version = d.current_version DESC, v.version DESC"));
+        "ORDER BY is_current DESC, v.version DESC"));
     query.addBindValue(docId);
     QString error;
     if (!exec(query, error)) {
         m_session.fail(error);
         return {};
     }
-    const QMimeDatabase mimeTypes;
     QStringList records;
     while (query.next()) {
-        const QString stored = m_session.store()->filesPath() + QLatin1Char('/') + query.value(8).toString();
+        const QString stored = query.value(8).toString();
         const QString fileName = query.value(9).toString();
         QStringList fields{QString::number(docId)};
         for (int i = 0; i < 8; ++i)
             fields << query.value(i).toString();
-        fields << mimeTypes.mimeTypeForFile(stored).name() << fileName
+        fields << m_session.store()->mimeType(OrvexArchiveStore::Area::Files, stored) << fileName
                << partFileName(fileName, query.value(0).toInt(), fileSuffix(stored, fileName));
         records << fields.join(kVersionSep);
     }
@@ -268,7 +271,7 @@ bool OrvexArchiveDocuments::getDocumentInfo(QStringList docIds, QStringList &inf
         QStringList fields{QString::number(id)};
         for (int i = 0; i < 9; ++i)
             fields << query.value(i).toString();
-        fields[3] = fileSuffix(m_session.store()->filesPath() + QLatin1Char('/') + fields.at(3), fields.at(6));
+        fields[3] = fileSuffix(fields.at(3), fields.at(6));
         records << fields.join(kInfoSep);
     }
     info = records;
@@ -286,20 +289,21 @@ bool OrvexArchiveDocuments::deleteDocument(QString docId, QStringList options)
     if (!m_session.requireConnection())
         return false;
     const QString acting = m_session.user();
-    if (!m_session.store()->documentExists(id) || !m_session.store()->mayRead(acting, id))
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    if (!store->documentExists(id) || !store->mayRead(acting, id))
         return m_session.fail(tr("Unknown document %1").arg(id));
     const QString notDeleted = tr("document %1 was not deleted").arg(id);
-    if (m_session.store()->isReadOnly())
+    if (store->isReadOnly())
         return m_session.fail(OrvexStorageError::describe(OrvexStorageError::readOnly(), notDeleted));
-    if (!m_session.store()->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
+    if (!store->rolesOf(acting).contains(QStringLiteral("tavloADMIN")))
         return m_session.fail(tr("%1 may not delete documents").arg(acting));
     QString error;
-    QStringList files;
-    if (!m_session.store()->write([&](QSqlDatabase &db, QString &stepError) {
-            return m_session.store()->removeDocument(db, id, files, stepError);
+    QStringList afterCommit;
+    if (!store->write([&](QSqlDatabase &db, QString &stepError) {
+            return store->removeDocument(db, id, afterCommit, stepError);
         }, &error, notDeleted))
         return m_session.fail(error);
-    m_session.store()->removeDocumentFiles(id, files);
+    store->afterRemoval(id, afterCommit);
     return true;
 }
 
@@ -389,7 +393,7 @@ QStringList OrvexArchiveDocuments::getDocumentFileNames(QStringList docIds, QStr
         if (parseId(parts.at(0), id)
             && (versionText.isEmpty() || (parseId(versionText, version) && version <= INT_MAX))
             && versionFile(id, int(version), file))
-            names << (version > 0 ? partFileName(file.fileName, file.version, fileSuffix(file.path, file.fileName))
+            names << (version > 0 ? partFileName(file.fileName, file.version, fileSuffix(file.stored, file.fileName))
                                   : file.fileName);
         else
             refused << text;

@@ -21,7 +21,7 @@ class OrvexArchiveDocuments
 public:
     struct VersionFile
     {
-        QString path;
+        QString stored; // the stored file's name ("1001/v2.pdf")
         QString fileName;
         int version = 0;
         int pages = 0;
@@ -52,6 +52,9 @@ public:
 private:
     bool exportVersion(qlonglong docId, int version, QString &localPath);
     QString fileNameFor(qlonglong docId, int version);
+    // The suffix of a stored file (lower case since import), else the one of
+    // the document's name, else the usual one of the file's content type.
+    QString fileSuffix(const QString &stored, const QString &fileName);
     // The client's export folder, made on first use; the caller holds m_mutex.
     QTemporaryDir *exportRoot();
 

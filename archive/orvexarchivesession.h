@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvexarchivelocation.h"
+
 #include <QCoreApplication>
 #include <QMutex>
 #include <QSharedPointer>
@@ -12,6 +14,11 @@ class OrvexArchiveStore;
 // connection chain (server and port, then login as user, password and tenant,
 // then the archive name, each checked against the archive's settings) and the
 // last error. Until the chain has run, requireConnection() refuses.
+//
+// A server address (postgresql://user@host:port/database) as the server of
+// the chain names an archive on a server: the login then connects as the
+// database role of the user with that password (or the client library's
+// usual sources of passwords), and the session works on that role's store.
 // Thread-safe: uploads run on a pool thread.
 class OrvexArchiveSession
 {
@@ -21,8 +28,9 @@ class OrvexArchiveSession
 public:
     explicit OrvexArchiveSession(QSharedPointer<OrvexArchiveStore> store);
 
-    // Null when the client was made without a store.
-    const QSharedPointer<OrvexArchiveStore> &store() const;
+    // Null when the client was made without a store and has not logged in
+    // to a server.
+    QSharedPointer<OrvexArchiveStore> store() const;
 
     // Keeps error as the last error; returns false for the caller to pass on.
     bool fail(const QString &error);
@@ -39,11 +47,12 @@ public:
     bool selectArchive(const QString &archiveName);
 
 private:
+    bool logInToServer(const QString &user, const QString &password, const QString &tenant);
+
     QSharedPointer<OrvexArchiveStore> m_store;
+    OrvexArchiveLocation m_server; // the server address of the chain, if it names one
     mutable QMutex m_mutex;
     QString m_lastError;
-    QString m_server;
-    int m_port = 0;
     QString m_user;
     QString m_archive;
     bool m_open = false;

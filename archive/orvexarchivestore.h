@@ -1,10 +1,13 @@
 #pragma once
 
+#include "orvexarchivebackend.h"
 #include "orvexarchiveglobal.h"
+#include "orvexarchivelocation.h"
 #include "orvexpdftools.h"
 
 #include <QMutex>
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 #include <QSharedPointer>
 #include <QSqlDatabase>
@@ -12,21 +15,29 @@
 #include <QVariant>
 #include <atomic>
 #include <functional>
+#include <memory>
 
-class QFileDevice;
+class QIODevice;
 class QSqlQuery;
 
-// The archive's storage: the SQLite database (one connection per thread, since
-// a QSqlDatabase connection may only be used by the thread that opened it), the
-// data folder with the documents' files, and the rules shared by both clients
-// (roles of a user, who may read a document). Writes go through write(), which
-// runs them in one immediate transaction and rolls back on any failure.
+// The archive's storage: the database (one connection per thread, since a
+// QSqlDatabase connection may only be used by the thread that opened it, and
+// closed when its thread ends), the documents' files, and the rules shared by
+// both clients (roles of a user, who may read a document). Writes go through
+// write(), which runs them in one transaction and rolls back on any failure.
+//
+// The engine is the backend's business: an SQLite file in a folder, or a
+// PostgreSQL server (then the store works as one database role, and the
+// server's row-level security enforces the clipboard rights as well). Code
+// above the store sees the same tables, files and rules on both.
 class ORVEXARCHIVE_EXPORT OrvexArchiveStore : public QObject
 {
     Q_OBJECT
 
 public:
-    static constexpr int SchemaVersion = 2;
+    using Area = OrvexArchiveBackend::Area;
+    using Dialect = OrvexArchiveBackend::Dialect;
+
     static constexpr int MaxNameLength = 100;
     static constexpr int MaxNoteLength = 1024;
     static constexpr int MaxClipboardEntries = 200;
@@ -34,32 +45,36 @@ public:
     explicit OrvexArchiveStore(QObject *parent = nullptr);
     ~OrvexArchiveStore() override;
 
-    // The store of folder shared by everybody in this process that works on it,
-    // so that every client sees the others' changes (documentsChanged) and
-    // writes queue up here instead of waiting on the database's lock. Opens it
-    // on first use; null + error when it cannot be opened.
-    static QSharedPointer<OrvexArchiveStore> shared(const QString &folder, bool createSample, QString *error);
+    // The store of a location shared by everybody in this process that works
+    // on it as the same user, so that every client sees the others' changes
+    // (documentsChanged) and writes queue up here instead of waiting on the
+    // database's lock. Opens it on first use; null + error when it cannot be
+    // opened.
+    static QSharedPointer<OrvexArchiveStore> shared(const OrvexArchiveLocation &location, bool createSample,
+                                                    QString *error);
+    static QSharedPointer<OrvexArchiveStore> shared(const QString &location, bool createSample, QString *error);
 
-    // Opens the archive in folder, creating it (and the sample documents when
-    // createSample) when the folder holds no database yet. False + error().
-    bool open(const QString &folder, bool createSample, QString *error);
+    // Opens the archive at location, creating it (and the sample documents
+    // when createSample) when it holds none yet. False + error.
+    bool open(const OrvexArchiveLocation &location, bool createSample, QString *error);
     bool isOpen() const;
     // True when this process cannot change the archive (a read-only folder,
     // database file or mount): it is then open for reading only.
     bool isReadOnly() const;
+    OrvexArchiveLocation location() const;
+    // The folder, or the server address without password.
     QString folder() const;
-    QString databasePath() const;
-    QString filesPath() const;
-    QString cachePath() const;
-    QString uploadsPath() const;
+    Dialect dialect() const;
+    bool isServer() const;
+    OrvexArchiveBackend &backend() const;
 
     // The calling thread's connection; invalid when the archive is not open.
     QSqlDatabase database(QString *error = nullptr);
 
-    // Runs work inside BEGIN IMMEDIATE ... COMMIT; a false return or a failed
-    // commit rolls everything back. work sets its error when it refuses (or
-    // passes on a storage reason); error then gets "<reason>: <notStored>",
-    // where notStored says what the user lost ("Rechnung.pdf was not archived").
+    // Runs work inside one transaction; a false return or a failed commit
+    // rolls everything back. work sets its error when it refuses (or passes
+    // on a storage reason); error then gets "<reason>: <notStored>", where
+    // notStored says what the user lost ("Rechnung.pdf was not archived").
     // A read-only archive refuses every write.
     bool write(const std::function<bool(QSqlDatabase &, QString &)> &work, QString *error,
                const QString &notStored = {});
@@ -67,19 +82,30 @@ public:
     QString setting(const QString &key, const QString &fallback = {});
 
     // Rights
-    QSet<QString> rolesOf(const QString &user);      // the user, its groups, system roles
+    // "WITH RECURSIVE my_roles(role) AS (...)": the roles of the user bound
+    // to its one placeholder (the user, its groups, system roles); empty for
+    // users the archive does not know.
+    static QString rolesOfUser();
+    QSet<QString> rolesOf(const QString &user);
     bool isUser(const QString &user);
     bool mayRead(const QString &user, qlonglong docId); // false also for unknown documents
     bool documentExists(qlonglong docId);
     bool checkPassword(const QString &user, const QString &password);
 
-    // Adds a user (with the all-users role) when it is not known yet.
+    // Adds a user (with the all-users role) to an archive in a folder when it
+    // is not known yet. On a server the administrator adds users.
     bool ensureUser(const QString &user, QString *error);
+
+    // Files written or moved inside a transaction, to undo if it fails.
+    struct FileChanges
+    {
+        QStringList written;
+        QStringList moved;
+    };
+    void undoFiles(const FileChanges &changes);
 
     // Imports a file as a new document or as a new version of newVersionOf (> 0),
     // inside the caller's transaction. Returns the document id, 0 on failure.
-    // The files it writes are appended to createdFiles, so that a caller whose
-    // transaction rolls back can remove them again.
     struct ImportOptions
     {
         QString title;
@@ -89,13 +115,13 @@ public:
         QString date;     // yyyy-MM-dd, default today
         QString readRole; // empty: every user may read it
         QString owner;
-        // Renames the source into the archive instead of copying it (a file of
-        // the archive's own folder, such as an upload). It is the last step of
-        // the import, so that only the caller's commit can fail after it.
-        bool moveSource = false;
+        // The stored name of a pending upload that becomes the document's
+        // file, moved instead of copied. It is the last step of the import, so
+        // that only the caller's commit can fail after it.
+        QString uploadFile;
     };
     qlonglong importFile(QSqlDatabase &db, const QString &sourcePath, const ImportOptions &options,
-                         qlonglong newVersionOf, QStringList &createdFiles, QString &error);
+                         qlonglong newVersionOf, FileChanges &changes, QString &error);
 
     // What the archive keeps of a file's content.
     struct Content
@@ -106,16 +132,17 @@ public:
     };
     // Inspects and hashes a file: the expensive part of an import, which needs no transaction.
     static bool readContent(const QString &path, Content &content, QString &error);
-    // importFile() with the content already known.
+    // importFile() with the content already known; sourcePath names the
+    // file's type (its suffix) and, without options.uploadFile, its bytes.
     qlonglong importContent(QSqlDatabase &db, const QString &sourcePath, const Content &content,
-                            const ImportOptions &options, qlonglong newVersionOf, QStringList &createdFiles,
+                            const ImportOptions &options, qlonglong newVersionOf, FileChanges &changes,
                             QString &error);
 
     // An upload as sendFile and the duplicate check recorded it. inspected is
     // false until saveUploadInspection() has kept the inspection with it.
     struct Upload
     {
-        QString path; // absolute
+        QString file; // stored name in the uploads area
         QString originalName;
         Content content;
         bool inspected = false;
@@ -123,6 +150,17 @@ public:
     // False with an empty error when owner has no such upload.
     bool readUpload(const QString &uploadId, const QString &owner, Upload &upload, QString &error);
     bool saveUploadInspection(const QString &uploadId, const OrvexPdfTools::Inspection &inspection, QString *error);
+
+    // Stored files, read and written in chunks on the calling thread.
+    std::unique_ptr<QIODevice> openFile(Area area, const QString &name, QString &error);
+    // A new stored file; completion is stored with it (on a server in the
+    // same transaction, in a folder once the file is on the disk).
+    std::unique_ptr<OrvexArchiveBackend::Sink> createFile(Area area, const QString &name,
+                                                          OrvexArchiveBackend::Completion completion,
+                                                          QString &error);
+    bool localFile(Area area, const QString &name, OrvexArchiveBackend::LocalFile &file, QString &error);
+    // The type of a stored file by its name, else by its first bytes.
+    QString mimeType(Area area, const QString &name);
 
     // Differing fingerprint pixels (of 16384) up to which two pages count as the same.
     static constexpr int PageHashTolerance = 10;
@@ -132,31 +170,34 @@ public:
     static QVariant text(const QString &value);
     static QString sha256Hex(const QByteArray &bytes);
     static QString passwordHash(const QString &user, const QString &password);
-    // Removes a document's rows inside the caller's transaction and names its
-    // files, which removeDocumentFiles() deletes once the transaction is committed.
-    bool removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &filesToRemove, QString &error);
-    void removeDocumentFiles(qlonglong docId, const QStringList &files);
-    // Writes all of data, or fails with the system's reason.
-    static bool writeFully(QFileDevice &file, const char *data, qint64 size, QString *reason);
-    // Waits until a file's content, or a folder's list of names, is on the disk.
-    static bool syncFile(const QString &path);
-    static bool syncFolder(const QString &path);
+    // Removes a document's rows and files inside the caller's transaction;
+    // afterRemoval() finishes the job once the transaction is committed.
+    bool removeDocument(QSqlDatabase &db, qlonglong docId, QStringList &afterCommit, QString &error);
+    void afterRemoval(qlonglong docId, const QStringList &afterCommit);
+
+    // Starts telling of changes that others make (changedElsewhere); the
+    // calling thread needs an event loop. Calling it again does nothing.
+    void watchChanges();
 
 signals:
     void documentsChanged();
+    // Others (another process, another machine) changed the archive: topics
+    // holds OrvexArchiveBackend::Topic bits.
+    void changedElsewhere(int topics);
 
 private:
-    bool openFolder(const QString &folder, bool createSample, QString &error);
-    bool migrate(QSqlDatabase &db, QString &error);
-    QSqlDatabase connect(const QString &name, bool create, QString &error);
+    bool openLocation(const OrvexArchiveLocation &location, bool createSample, QString &error);
+    // Brings the schema up to date; fresh tells that it set up a new archive.
+    bool migrate(bool &fresh, QString &error);
     void closeAll();
+    QString connectionName() const;
 
-    QString m_folder;
+    OrvexArchiveLocation m_location;
+    std::unique_ptr<OrvexArchiveBackend> m_backend;
     QString m_connectionPrefix;
     QMutex m_connectionsMutex;
     QSet<QString> m_connections;
     QMutex m_writeMutex;
     std::atomic_bool m_open{false};
-    bool m_readOnly = false;      // set by open(), constant afterwards
-    bool m_folderWritable = true; // likewise
+    QPointer<QObject> m_watcher;
 };

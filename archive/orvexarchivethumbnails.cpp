@@ -5,11 +5,9 @@
 #include "orvexarchivestore.h"
 #include "orvexpdftools.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <QSaveFile>
 
 OrvexArchiveThumbnails::OrvexArchiveThumbnails(OrvexArchiveSession &session, OrvexArchiveDocuments &documents)
     : m_session(session)
@@ -59,39 +57,36 @@ QByteArray OrvexArchiveThumbnails::getDocumentThumbnail(int docId, int page, int
         m_session.fail(tr("Invalid image size %1").arg(size));
         return {};
     }
-    if (!OrvexPdfTools::looksLikePdf(file.path)) {
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    const OrvexArchiveBackend::ImageKey key{docId, file.version, page, size};
+    const QByteArray cached = store->backend().cachedImage(key);
+    if (!cached.isEmpty()) {
+        format = QStringLiteral("PNG");
+        return cached;
+    }
+    QString error;
+    OrvexArchiveBackend::LocalFile local;
+    if (!store->localFile(OrvexArchiveStore::Area::Files, file.stored, local, error)) {
+        m_session.fail(tr("Cannot read the file of document %1").arg(docId));
+        return {};
+    }
+    if (!OrvexPdfTools::looksLikePdf(local.path())) {
         // Images are served as they are.
-        QFile image(file.path);
+        QFile image(local.path());
         if (!image.open(QIODevice::ReadOnly)) {
             m_session.fail(tr("Cannot read the file of document %1").arg(docId));
             return {};
         }
-        format = QFileInfo(file.path).suffix().toUpper();
+        format = QFileInfo(file.stored).suffix().toUpper();
         return image.readAll();
     }
-    const QString cacheFile = QStringLiteral("%1/thumbs/%2/v%3-p%4-s%5.png")
-                                  .arg(m_session.store()->cachePath()).arg(docId).arg(file.version).arg(page).arg(size);
-    QFile cached(cacheFile);
-    if (cached.open(QIODevice::ReadOnly)) {
-        const QByteArray bytes = cached.readAll();
-        if (!bytes.isEmpty()) {
-            format = QStringLiteral("PNG");
-            return bytes;
-        }
-    }
-    QString error;
-    const QImage image = OrvexPdfTools::renderPage(file.path, page, size, error);
+    const QImage image = OrvexPdfTools::renderPage(local.path(), page, size, error);
     if (image.isNull()) {
         m_session.fail(error);
         return {};
     }
     const QByteArray bytes = OrvexPdfTools::pngBytes(image);
-    // A cache that cannot be written only costs time.
-    if (QDir().mkpath(QFileInfo(cacheFile).absolutePath())) {
-        QSaveFile save(cacheFile);
-        if (save.open(QIODevice::WriteOnly) && save.write(bytes) == bytes.size())
-            save.commit();
-    }
+    store->backend().cacheImage(key, bytes);
     format = QStringLiteral("PNG");
     return bytes;
 }

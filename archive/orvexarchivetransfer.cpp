@@ -1,7 +1,6 @@
 #include "orvexarchivetransfer.h"
 
 #include "orvexarchivesession.h"
-#include "orvexarchivestore.h"
 #include "orvexcontenthash.h"
 #include "orvexstorageerror.h"
 
@@ -9,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
+#include <QIODevice>
 #include <QThread>
 
 #include <memory>
@@ -29,27 +29,50 @@ void OrvexArchiveTransfer::setChunkSize(int bytes)
     m_chunkSize.storeRelease(qMax(1, bytes));
 }
 
-bool OrvexArchiveTransfer::copy(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
-                                const QString &notStored)
+OrvexArchiveTransfer::OpenSource OrvexArchiveTransfer::localFile(const QString &path)
 {
-    return stream([&] { return copyChunked(from, to, total, hash, notStored); });
+    return [path](QString &error) -> std::unique_ptr<QIODevice> {
+        auto file = std::make_unique<QFile>(path);
+        if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            error = tr("Cannot read %1: %2").arg(path, file->errorString());
+            return {};
+        }
+        return file;
+    };
 }
 
-bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, qint64 total, OrvexContentHash *hash,
+OrvexArchiveTransfer::OpenSink OrvexArchiveTransfer::newLocalFile(const QString &path)
+{
+    return [path](QString &error) -> std::unique_ptr<OrvexArchiveBackend::Sink> {
+        auto sink = std::make_unique<OrvexArchiveBackend::FileSink>(path);
+        if (!sink->open(error))
+            return {};
+        return sink;
+    };
+}
+
+bool OrvexArchiveTransfer::copy(const OpenSource &openSource, const QString &sourceName, const OpenSink &openSink,
+                                qint64 total, OrvexContentHash *hash, const QString &notStored)
+{
+    return stream([&] { return copyChunked(openSource, sourceName, openSink, total, hash, notStored); });
+}
+
+bool OrvexArchiveTransfer::copyChunked(const OpenSource &openSource, const QString &sourceName,
+                                       const OpenSink &openSink, qint64 total, OrvexContentHash *hash,
                                        const QString &notStored)
 {
-    QFile source(from);
-    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        return m_session.fail(tr("Cannot read %1: %2").arg(from, source.errorString()));
-    QFile target(to);
-    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
-        return m_session.fail(OrvexStorageError::describe(target.errorString(), notStored));
-    const int chunk = m_chunkSize.loadAcquire();
-    const auto abandon = [&](const QString &error) {
-        target.close();
-        target.remove();
+    QString error;
+    const std::unique_ptr<QIODevice> source = openSource(error);
+    if (!source)
         return m_session.fail(error);
+    const auto notWritten = [&](const QString &reason) {
+        return m_session.fail(OrvexStorageError::describe(reason, notStored));
     };
+    // Whatever the sink holds when it goes unfinished is thrown away.
+    std::unique_ptr<OrvexArchiveBackend::Sink> sink = openSink(error);
+    if (!sink)
+        return notWritten(error);
+    const int chunk = m_chunkSize.loadAcquire();
     m_totalBytes(QString::number(total));
     qint64 done = 0;
     // The byte counts reach GUI objects queued, and one per chunk would flood
@@ -64,15 +87,14 @@ bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, q
     QByteArray buffer(chunk, Qt::Uninitialized);
     for (;;) {
         if (m_cancel.loadAcquire())
-            return abandon(tr("The transfer was canceled."));
-        const qint64 read = source.read(buffer.data(), chunk);
+            return m_session.fail(tr("The transfer was canceled."));
+        const qint64 read = source->read(buffer.data(), chunk);
         if (read < 0)
-            return abandon(tr("Cannot read %1: %2").arg(from, source.errorString()));
+            return m_session.fail(tr("Cannot read %1: %2").arg(sourceName, source->errorString()));
         if (read == 0)
             break;
-        QString reason;
-        if (!OrvexArchiveStore::writeFully(target, buffer.constData(), read, &reason))
-            return abandon(OrvexStorageError::describe(reason, notStored));
+        if (!sink->write(buffer.constData(), read, error))
+            return notWritten(error);
         if (hash)
             hash->addData(buffer.constData(), read);
         done += read;
@@ -82,9 +104,9 @@ bool OrvexArchiveTransfer::copyChunked(const QString &from, const QString &to, q
     if (done != reported)
         report();
     if (m_cancel.loadAcquire())
-        return abandon(tr("The transfer was canceled."));
-    if (!target.flush())
-        return abandon(OrvexStorageError::describe(target.errorString(), notStored));
+        return m_session.fail(tr("The transfer was canceled."));
+    if (!sink->finish(error))
+        return notWritten(error);
     return true;
 }
 

@@ -53,17 +53,13 @@ bool OrvexArchiveUploads::sendFile(QString filePath, QString &uploadId)
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString suffix = info.suffix().toLower();
     const QString relative = id + (suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix);
-    const QString target = m_session.store()->uploadsPath() + QLatin1Char('/') + relative;
-    OrvexContentHash hash;
-    if (!m_transfer.copy(filePath, target, info.size(), &hash, notArchived))
-        return false;
-    // Committed later by renaming: its content must be on the disk by then.
-    OrvexArchiveStore::syncFile(target);
-    // What arrived, which is what was hashed, even if the source changed meanwhile.
-    const qint64 size = QFileInfo(target).size();
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
     const QString acting = m_session.user();
-    QString error;
-    const bool stored = m_session.store()->write([&](QSqlDatabase &db, QString &stepError) {
+    OrvexContentHash hash;
+    qint64 size = 0;
+    // The upload's row is stored with its file: on a server in one
+    // transaction, in a folder once the file is complete.
+    const OrvexArchiveBackend::Completion row = [&](QSqlDatabase &db, QString &error) {
         QSqlQuery insert(db);
         insert.prepare(QStringLiteral("INSERT INTO uploads(id, owner, file, original_name, size, sha256, created) "
                                       "VALUES (?, ?, ?, ?, ?, ?, ?)"));
@@ -74,12 +70,34 @@ bool OrvexArchiveUploads::sendFile(QString filePath, QString &uploadId)
         insert.addBindValue(size);
         insert.addBindValue(hash.hex());
         insert.addBindValue(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
-        return exec(insert, stepError);
-    }, &error, notArchived);
-    if (!stored) {
-        QFile::remove(target);
-        return m_session.fail(error);
-    }
+        return exec(insert, error);
+    };
+    // Counts what arrived, which is what was hashed, even if the source changed meanwhile.
+    class Counting final : public OrvexArchiveBackend::Sink
+    {
+    public:
+        Counting(std::unique_ptr<OrvexArchiveBackend::Sink> sink, qint64 &size)
+            : m_sink(std::move(sink)), m_size(size)
+        {
+        }
+        bool write(const char *data, qint64 bytes, QString &reason) override
+        {
+            m_size += bytes;
+            return m_sink->write(data, bytes, reason);
+        }
+        bool finish(QString &reason) override { return m_sink->finish(reason); }
+
+    private:
+        std::unique_ptr<OrvexArchiveBackend::Sink> m_sink;
+        qint64 &m_size;
+    };
+    const auto sink = [&](QString &error) -> std::unique_ptr<OrvexArchiveBackend::Sink> {
+        std::unique_ptr<OrvexArchiveBackend::Sink> file = store->createFile(OrvexArchiveStore::Area::Uploads,
+                                                                            relative, row, error);
+        return file ? std::make_unique<Counting>(std::move(file), size) : nullptr;
+    };
+    if (!m_transfer.copy(OrvexArchiveTransfer::localFile(filePath), filePath, sink, info.size(), &hash, notArchived))
+        return false;
     uploadId = id;
     return true;
 }
@@ -102,7 +120,8 @@ QStringList OrvexArchiveUploads::checkDuplicates(QString archiveData, QString fi
         return {};
     }
     QString error;
-    QSqlDatabase db = m_session.store()->database(&error);
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    QSqlDatabase db = store->database(&error);
     if (!db.isOpen()) {
         m_session.fail(error);
         return {};
@@ -115,9 +134,15 @@ QStringList OrvexArchiveUploads::checkDuplicates(QString archiveData, QString fi
         m_session.fail(error.isEmpty() ? tr("Unknown upload %1").arg(uploadId) : error);
         return {};
     }
-    const QString path = m_session.store()->uploadsPath() + QLatin1Char('/') + upload.value(0).toString();
+    const QString file = upload.value(0).toString();
     const QString sha = upload.value(1).toString();
     upload.finish();
+    OrvexArchiveBackend::LocalFile local;
+    if (!store->localFile(OrvexArchiveStore::Area::Uploads, file, local, error)) {
+        m_session.fail(error);
+        return {};
+    }
+    const QString path = local.path();
 
     OrvexPdfTools::Inspection inspection;
     if (!OrvexPdfTools::inspect(path, inspection, error)) {
@@ -128,7 +153,7 @@ QStringList OrvexArchiveUploads::checkDuplicates(QString archiveData, QString fi
     }
     // The commit runs on the caller's GUI thread: it takes pages, text and
     // fingerprints from here instead of inspecting the file again.
-    if (!m_session.store()->saveUploadInspection(uploadId, inspection, &error)) {
+    if (!store->saveUploadInspection(uploadId, inspection, &error)) {
         m_session.fail(error);
         return {};
     }
@@ -207,18 +232,23 @@ bool OrvexArchiveUploads::commitUpload(QString uploadId)
     if (!m_session.requireConnection())
         return false;
     const QString acting = m_session.user();
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
     QString error;
     // Hash and size come from sendFile, pages, text and fingerprints from the
     // duplicate check; an upload committed without a check is inspected now.
     OrvexArchiveStore::Upload upload;
-    if (!m_session.store()->readUpload(uploadId, acting, upload, error))
+    if (!store->readUpload(uploadId, acting, upload, error))
         return m_session.fail(error.isEmpty() ? tr("Unknown upload %1").arg(uploadId) : error);
-    if (!upload.inspected && !OrvexPdfTools::inspect(upload.path, upload.content.inspection, error))
-        return m_session.fail(error);
+    if (!upload.inspected) {
+        OrvexArchiveBackend::LocalFile local;
+        if (!store->localFile(OrvexArchiveStore::Area::Uploads, upload.file, local, error)
+            || !OrvexPdfTools::inspect(local.path(), upload.content.inspection, error))
+            return m_session.fail(error);
+    }
 
-    QStringList movedFiles;
+    OrvexArchiveStore::FileChanges files;
     qlonglong docId = 0;
-    const bool ok = m_session.store()->write([&](QSqlDatabase &db, QString &stepError) {
+    const bool ok = store->write([&](QSqlDatabase &db, QString &stepError) {
         // Whoever committed or discarded the upload meanwhile has taken it.
         QSqlQuery remove(db);
         remove.prepare(QStringLiteral("DELETE FROM uploads WHERE id = ? AND owner = ?"));
@@ -235,19 +265,18 @@ bool OrvexArchiveUploads::commitUpload(QString uploadId)
         options.fileName = upload.originalName;
         options.statusKey = QStringLiteral("NEW");
         options.owner = acting;
-        options.moveSource = true;
+        options.uploadFile = upload.file;
         // The sample's status table may have been changed; a missing key is no reason to refuse.
         QSqlQuery status(db);
         if (!status.exec(QStringLiteral("SELECT 1 FROM doc_statuses WHERE key = 'NEW'")) || !status.next())
             options.statusKey.clear();
         status.finish();
-        docId = m_session.store()->importContent(db, upload.path, upload.content, options, 0, movedFiles, stepError);
+        docId = store->importContent(db, upload.file, upload.content, options, 0, files, stepError);
         return docId != 0;
     }, &error, tr("%1 was not archived").arg(upload.originalName));
     if (!ok) {
         // The file was moved last: only the commit itself failed after it.
-        for (const QString &path : qAsConst(movedFiles))
-            QFile::rename(path, upload.path);
+        store->undoFiles(files);
         return m_session.fail(error);
     }
     {
@@ -259,12 +288,13 @@ bool OrvexArchiveUploads::commitUpload(QString uploadId)
 
 void OrvexArchiveUploads::discardUpload(QString uploadId)
 {
-    if (!m_session.store() || !m_session.store()->isOpen())
+    const QSharedPointer<OrvexArchiveStore> store = m_session.store();
+    if (!store || !store->isOpen())
         return;
     const QString acting = m_session.user();
-    QString file;
+    QStringList afterCommit;
     QString error;
-    const bool ok = m_session.store()->write([&](QSqlDatabase &db, QString &stepError) {
+    const bool ok = store->write([&](QSqlDatabase &db, QString &stepError) {
         QSqlQuery upload(db);
         upload.prepare(QStringLiteral("SELECT file FROM uploads WHERE id = ? AND owner = ?"));
         upload.addBindValue(uploadId);
@@ -275,16 +305,17 @@ void OrvexArchiveUploads::discardUpload(QString uploadId)
             stepError = tr("Unknown upload %1").arg(uploadId);
             return false;
         }
-        file = upload.value(0).toString();
+        const QString file = upload.value(0).toString();
         upload.finish();
         QSqlQuery remove(db);
         remove.prepare(QStringLiteral("DELETE FROM uploads WHERE id = ?"));
         remove.addBindValue(uploadId);
-        return exec(remove, stepError);
+        return exec(remove, stepError)
+            && store->backend().removeFiles(db, OrvexArchiveStore::Area::Uploads, {file}, afterCommit, stepError);
     }, &error);
     if (!ok) {
         m_session.fail(error);
         return;
     }
-    QFile::remove(m_session.store()->uploadsPath() + QLatin1Char('/') + file);
+    store->backend().removeAfterCommit(afterCommit);
 }

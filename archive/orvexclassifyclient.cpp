@@ -22,22 +22,6 @@ const QString kDocsIdIn = QStringLiteral("docs_id in (");
 using OrvexSql::exec;
 using OrvexSql::parseId;
 
-// One FTS5 expression from the user's term: alternatives joined by " OR ", each
-// alternative's words must all appear (as word prefixes).
-QString matchExpression(const QString &term)
-{
-    QStringList alternatives;
-    for (const QString &alternative : term.split(QStringLiteral(" OR "))) {
-        QStringList words;
-        for (QString word : alternative.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-            word.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-            words << QLatin1Char('"') + word + QStringLiteral("\"*");
-        }
-        if (!words.isEmpty())
-            alternatives << QLatin1Char('(') + words.join(QLatin1Char(' ')) + QLatin1Char(')');
-    }
-    return alternatives.join(QStringLiteral(" OR "));
-}
 } // namespace
 
 OrvexClassifyClient::OrvexClassifyClient(QSharedPointer<OrvexArchiveStore> store, QObject *parent)
@@ -57,6 +41,17 @@ void OrvexClassifyClient::setUser(const QString &userId)
 {
     QMutexLocker locker(&m_mutex);
     m_user = userId;
+    m_storeError.clear();
+    if (!m_store || !m_store->isServer() || m_store->location().effectiveUser() == userId)
+        return;
+    // On a server a user works as its own role, never through another's.
+    QString error;
+    const QSharedPointer<OrvexArchiveStore> store
+        = OrvexArchiveStore::shared(m_store->location().withUser(userId), false, &error);
+    if (store)
+        m_store = store;
+    else
+        m_storeError = error;
 }
 
 QString OrvexClassifyClient::lastError() const
@@ -72,52 +67,57 @@ bool OrvexClassifyClient::fail(const QString &error)
     return false;
 }
 
+QSharedPointer<OrvexArchiveStore> OrvexClassifyClient::store(QString &error) const
+{
+    QMutexLocker locker(&m_mutex);
+    if (!m_storeError.isEmpty()) {
+        error = m_storeError;
+        return {};
+    }
+    return m_store;
+}
+
+QSqlDatabase OrvexClassifyClient::database(QString &error) const
+{
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    return current ? current->database(&error) : QSqlDatabase();
+}
+
 bool OrvexClassifyClient::writeAs(const std::function<bool(QSqlDatabase &, QString &)> &work)
 {
     QString error;
-    if (!m_store->write(work, &error, tr("the clipboard was not changed")))
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    if (!current || !current->write(work, &error, tr("the clipboard was not changed")))
         return fail(error);
-    emit clipboardsChanged();
     return true;
 }
 
 OrvexClassifyClient::Right OrvexClassifyClient::rightOn(QSqlDatabase &db, const QString &uuid, const QString &user)
 {
-    const QSet<QString> roles = m_store->rolesOf(user);
-    if (roles.isEmpty())
+    // The owner always edits; otherwise the best right any of the user's roles holds.
+    QSqlQuery right(db);
+    right.prepare(OrvexArchiveStore::rolesOfUser() + QStringLiteral(
+        "SELECT CASE WHEN NOT EXISTS (SELECT 1 FROM my_roles) THEN 0 WHEN c.owner = ? THEN 2 "
+        "ELSE COALESCE((SELECT MAX(CASE r.mode WHEN 'W' THEN 2 ELSE 1 END) FROM clipboard_rights r "
+        "JOIN my_roles ON my_roles.role = r.role_id WHERE r.clipboard = c.uuid), 0) END "
+        "FROM clipboards c WHERE c.uuid = ?"));
+    right.addBindValue(user);
+    right.addBindValue(user);
+    right.addBindValue(uuid);
+    if (!right.exec() || !right.next())
         return Right::None;
-    QSqlQuery owner(db);
-    owner.prepare(QStringLiteral("SELECT owner FROM clipboards WHERE uuid = ?"));
-    owner.addBindValue(uuid);
-    if (!owner.exec() || !owner.next())
-        return Right::None;
-    if (owner.value(0).toString() == user)
+    switch (right.value(0).toInt()) {
+    case 2:
         return Right::Edit;
-    QSqlQuery rights(db);
-    rights.prepare(QStringLiteral("SELECT role_id, mode FROM clipboard_rights WHERE clipboard = ?"));
-    rights.addBindValue(uuid);
-    if (!rights.exec())
+    case 1:
+        return Right::View;
+    default:
         return Right::None;
-    Right right = Right::None;
-    while (rights.next()) {
-        if (!roles.contains(rights.value(0).toString()))
-            continue;
-        if (rights.value(1).toString() == QLatin1String("W"))
-            return Right::Edit;
-        right = Right::View;
     }
-    return right;
 }
 
 bool OrvexClassifyClient::require(QSqlDatabase &db, const QString &uuid, Right needed, QString &error)
 {
-    QSqlQuery exists(db);
-    exists.prepare(QStringLiteral("SELECT 1 FROM clipboards WHERE uuid = ?"));
-    exists.addBindValue(uuid);
-    if (!exists.exec() || !exists.next()) {
-        error = QStringLiteral("Unknown clipboard %1").arg(uuid);
-        return false;
-    }
     const Right right = rightOn(db, uuid, user());
     if (right == Right::None) {
         // Clipboards a user may not view do not exist for that user.
@@ -151,22 +151,6 @@ bool OrvexClassifyClient::validName(const QString &name, QString &error) const
     return true;
 }
 
-QStringList OrvexClassifyClient::rowFor(QSqlDatabase &db, qlonglong docId, qlonglong docsId, const QString &user)
-{
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT d.title, d.type_key, d.doc_date, d.file_name, d.status_key, v.pages "
-                                 "FROM documents d JOIN versions v ON v.doc_id = d.id AND v.version = d.current_version "
-                                 "WHERE d.id = ?"));
-    query.addBindValue(docId);
-    if (!query.exec() || !query.next())
-        return {};
-    const QString ids[] = {QString::number(docId), QString::number(docsId)};
-    if (!m_store->mayRead(user, docId))
-        return {ids[0], ids[1], tr("Not authorised"), QString(), QString(), QString(), QString(), QStringLiteral("1")};
-    return {ids[0], ids[1], query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
-            query.value(3).toString(), query.value(4).toString(), QString::number(query.value(5).toInt())};
-}
-
 QStringList OrvexClassifyClient::searchDocuments(QStringList criteria)
 {
     bool haveFilter = false;
@@ -191,10 +175,6 @@ QStringList OrvexClassifyClient::searchDocuments(QStringList criteria)
         } else if (criterion.startsWith(kFullText)) {
             term = criterion.mid(kFullText.size()).trimmed();
             haveTerm = true;
-            if (matchExpression(term).isEmpty()) {
-                fail(QStringLiteral("Empty full-text term"));
-                return {};
-            }
         } else if (criterion.startsWith(kLimit)) {
             bool ok = false;
             limit = criterion.mid(kLimit.size()).trimmed().toInt(&ok);
@@ -215,87 +195,116 @@ QStringList OrvexClassifyClient::searchDocuments(QStringList criteria)
     }
 
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    QSqlDatabase db = current ? current->database(&error) : QSqlDatabase();
     if (!db.isOpen()) {
         fail(error);
         return {};
     }
     const QString acting = user();
-
-    // Candidates: (docId, docsId) in answer order.
-    QList<QPair<qlonglong, qlonglong>> candidates;
-    if (haveFilter) {
-        QSqlQuery byDocument(db);
-        byDocument.prepare(QStringLiteral("SELECT id FROM documents WHERE docs_id = ?"));
-        QSqlQuery byEntry(db);
-        byEntry.prepare(QStringLiteral("SELECT clipboard, doc_id FROM clipboard_entries WHERE docs_id = ?"));
-        for (qlonglong docsId : qAsConst(docsIds)) {
-            byDocument.addBindValue(docsId);
-            if (!exec(byDocument, error)) {
-                fail(error);
-                return {};
-            }
-            if (byDocument.next()) {
-                candidates.append({byDocument.value(0).toLongLong(), docsId});
-                continue;
-            }
-            byEntry.addBindValue(docsId);
-            if (!exec(byEntry, error)) {
-                fail(error);
-                return {};
-            }
-            while (byEntry.next()) {
-                const qlonglong docId = byEntry.value(1).toLongLong();
-                if (rightOn(db, byEntry.value(0).toString(), acting) != Right::None) {
-                    candidates.append({docId, docsId});
-                    break;
-                }
-            }
-        }
-    } else {
-        QSqlQuery all(db);
-        if (!all.exec(QStringLiteral("SELECT id, docs_id FROM documents ORDER BY id"))) {
-            fail(OrvexStorageError::ofQuery(all));
-            return {};
-        }
-        while (all.next()) {
-            const qlonglong docId = all.value(0).toLongLong();
-            if (m_store->mayRead(acting, docId))
-                candidates.append({docId, all.value(1).toLongLong()});
-        }
+    // The full text of a document the user may not read is not searchable either.
+    QString textCondition;
+    QVariantList textValues;
+    if (haveTerm && !current->backend().fullTextCondition(QStringLiteral("d.id"), term, haveFilter, textCondition, textValues)) {
+        fail(QStringLiteral("Empty full-text term"));
+        return {};
     }
-
-    if (haveTerm) {
-        QSqlQuery match(db);
-        match.prepare(QStringLiteral("SELECT rowid FROM doc_text WHERE doc_text MATCH ?"));
-        match.addBindValue(matchExpression(term));
-        if (!exec(match, error)) {
-            fail(QStringLiteral("Full-text search failed: %1").arg(error));
-            return {};
-        }
-        QSet<qlonglong> found;
-        while (match.next())
-            found.insert(match.value(0).toLongLong());
-        QList<QPair<qlonglong, qlonglong>> kept;
-        for (const auto &candidate : qAsConst(candidates))
-            // The text of a document the user may not read must not be searchable either.
-            if (found.contains(candidate.first) && m_store->mayRead(acting, candidate.first))
-                kept << candidate;
-        candidates = kept;
-    }
+    const QString readable = QStringLiteral(
+        "(EXISTS (SELECT 1 FROM my_roles) AND (d.read_role IS NULL OR d.read_role IN (SELECT role FROM my_roles)))");
+    const QString fields = QStringLiteral(
+        "d.id, d.title, d.type_key, d.doc_date, d.file_name, d.status_key, v.pages, CASE WHEN %1 THEN 1 ELSE 0 END "
+        "FROM documents d JOIN versions v ON v.doc_id = d.id AND v.version = d.current_version").arg(readable);
+    const QString notAuthorised = tr("Not authorised");
+    // One row: 0 docId, 1 docsId, 2 title, 3 type, 4 date, 5 file name, 6 status, 7 pages.
+    const auto row = [&](const QSqlQuery &query, int first, qlonglong docsId) {
+        const QString ids[] = {query.value(first).toString(), QString::number(docsId)};
+        if (query.value(first + 7).toInt() != 1)
+            return QStringList{ids[0], ids[1], notAuthorised, QString(), QString(), QString(), QString(),
+                               QStringLiteral("1")};
+        return QStringList{ids[0], ids[1], query.value(first + 1).toString(), query.value(first + 2).toString(),
+                           query.value(first + 3).toString(), query.value(first + 4).toString(),
+                           query.value(first + 5).toString(), QString::number(query.value(first + 6).toInt())};
+    };
+    const auto run = [&](QSqlQuery &query, const QString &sql, const QVariantList &values) {
+        query.setForwardOnly(true);
+        query.prepare(OrvexArchiveStore::rolesOfUser() + sql);
+        query.addBindValue(acting);
+        for (const QVariant &value : values)
+            query.addBindValue(value);
+        if (exec(query, error))
+            return true;
+        fail(haveTerm ? QStringLiteral("Full-text search failed: %1").arg(error) : error);
+        return false;
+    };
 
     QStringList rows{QStringList{QStringLiteral("id"), QStringLiteral("docsid"), QStringLiteral("title"),
                                  QStringLiteral("type"), QStringLiteral("date"), QStringLiteral("file"),
                                  QStringLiteral("status"), QStringLiteral("pages")}
                          .join(kSep)};
-    for (const auto &candidate : qAsConst(candidates)) {
-        if (limit >= 0 && rows.size() > limit)
-            break;
-        QStringList fields = rowFor(db, candidate.first, candidate.second, acting);
-        if (fields.isEmpty())
-            continue;
+    const auto add = [&](QStringList fields) {
         fields[0] = fields.at(0) + QLatin1Char('#') + fields.at(1);
         rows << fields.join(kSep);
+    };
+    const QString textFilter = haveTerm ? QStringLiteral(" AND %1 AND %2").arg(readable, textCondition) : QString();
+
+    if (!haveFilter) {
+        QSqlQuery all(db);
+        QVariantList values = textValues;
+        QString sql = QStringLiteral("SELECT d.docs_id, %1 WHERE %2%3 ORDER BY d.id").arg(fields, readable, textFilter);
+        if (limit >= 0) {
+            sql += QStringLiteral(" LIMIT ?");
+            values << limit;
+        }
+        if (!run(all, sql, values))
+            return {};
+        while (all.next())
+            add(row(all, 1, all.value(0).toLongLong()));
+        return rows;
+    }
+    if (docsIds.isEmpty())
+        return rows;
+
+    // The entry ids are numbers, checked above.
+    QStringList idTexts;
+    for (qlonglong id : qAsConst(docsIds))
+        idTexts << QString::number(id);
+    QHash<qlonglong, QStringList> found;
+    // A document's own entry number ...
+    QSqlQuery own(db);
+    if (!run(own, QStringLiteral("SELECT d.docs_id, %1 WHERE d.docs_id IN (%2)%3").arg(fields, idTexts.join(QLatin1Char(',')), textFilter),
+             textValues))
+        return {};
+    while (own.next())
+        found.insert(own.value(0).toLongLong(), row(own, 1, own.value(0).toLongLong()));
+    own.finish();
+    // ... else an entry of a clipboard the user may view.
+    QStringList others;
+    for (qlonglong id : qAsConst(docsIds))
+        if (!found.contains(id))
+            others << QString::number(id);
+    if (!others.isEmpty()) {
+        QSqlQuery entries(db);
+        QVariantList values{acting};
+        values << textValues;
+        const QString sql = QStringLiteral(
+            "SELECT e.docs_id, %1 JOIN clipboard_entries e ON e.doc_id = d.id "
+            "WHERE e.docs_id IN (%2) AND EXISTS (SELECT 1 FROM my_roles) "
+            "AND EXISTS (SELECT 1 FROM clipboards c WHERE c.uuid = e.clipboard AND (c.owner = ? OR EXISTS ("
+            "SELECT 1 FROM clipboard_rights r JOIN my_roles ON my_roles.role = r.role_id WHERE r.clipboard = c.uuid)))%3 "
+            "ORDER BY e.clipboard").arg(fields, others.join(QLatin1Char(',')), textFilter);
+        if (!run(entries, sql, values))
+            return {};
+        while (entries.next()) {
+            const qlonglong docsId = entries.value(0).toLongLong();
+            if (!found.contains(docsId))
+                found.insert(docsId, row(entries, 1, docsId));
+        }
+    }
+    for (qlonglong docsId : qAsConst(docsIds)) {
+        if (limit >= 0 && rows.size() > limit)
+            break;
+        if (found.contains(docsId))
+            add(found.value(docsId));
     }
     return rows;
 }
@@ -303,7 +312,7 @@ QStringList OrvexClassifyClient::searchDocuments(QStringList criteria)
 QStringList OrvexClassifyClient::getAllRoles()
 {
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    QSqlDatabase db = database(error);
     if (!db.isOpen()) {
         fail(error);
         return {};
@@ -322,7 +331,9 @@ QStringList OrvexClassifyClient::getAllRoles()
 
 QString OrvexClassifyClient::getConnectionMode()
 {
-    return m_store->isOpen() ? QStringLiteral("Online") : QString();
+    QString error;
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    return current && current->isOpen() ? QStringLiteral("Online") : QString();
 }
 
 QStringList OrvexClassifyClient::getCardInfo(QString docsId, QString option)
@@ -347,7 +358,7 @@ QStringList OrvexClassifyClient::getCardInfo(QString docsId, QString option)
 bool OrvexClassifyClient::tableRows(const QString &table, QStringList &rows)
 {
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    QSqlDatabase db = database(error);
     if (!db.isOpen())
         return fail(error);
     QSqlQuery query(db);
@@ -373,17 +384,23 @@ bool OrvexClassifyClient::getDocumentStatuses(QStringList &rows, QStringList &se
 
 QString OrvexClassifyClient::getServerHost()
 {
-    return m_store->setting(QStringLiteral("server"));
+    QString error;
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    return current ? current->setting(QStringLiteral("server")) : QString();
 }
 
 int OrvexClassifyClient::getServerPort()
 {
-    return m_store->setting(QStringLiteral("port")).toInt();
+    QString error;
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    return current ? current->setting(QStringLiteral("port")).toInt() : 0;
 }
 
 qlonglong OrvexClassifyClient::getProfileId()
 {
-    return m_store->setting(QStringLiteral("profile_id")).toLongLong();
+    QString error;
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    return current ? current->setting(QStringLiteral("profile_id")).toLongLong() : 0;
 }
 
 QString OrvexClassifyClient::createClipboard(QString name)
@@ -394,7 +411,12 @@ QString OrvexClassifyClient::createClipboard(QString name)
         return {};
     }
     const QString acting = user();
-    if (!m_store->isUser(acting)) {
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    if (!current) {
+        fail(error);
+        return {};
+    }
+    if (!current->isUser(acting)) {
         fail(QStringLiteral("Unknown user %1").arg(acting));
         return {};
     }
@@ -446,21 +468,30 @@ bool OrvexClassifyClient::renameClipboard(QString uuid, QString name)
 bool OrvexClassifyClient::getClipboards(QList<QPair<QString, QString>> &clipboards)
 {
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    QSqlDatabase db = database(error);
     if (!db.isOpen())
         return fail(error);
-    QSqlQuery query(db);
-    if (!query.exec(QStringLiteral("SELECT uuid, name FROM clipboards ORDER BY name COLLATE NOCASE, created")))
-        return fail(OrvexStorageError::ofQuery(query));
+    // As rightOn(), for every clipboard at once.
     const QString acting = user();
+    QSqlQuery query(db);
+    query.prepare(OrvexArchiveStore::rolesOfUser() + QStringLiteral(
+        "SELECT c.uuid, c.name, CASE WHEN c.owner = ? THEN 2 "
+        "ELSE COALESCE((SELECT MAX(CASE r.mode WHEN 'W' THEN 2 ELSE 1 END) FROM clipboard_rights r "
+        "JOIN my_roles ON my_roles.role = r.role_id WHERE r.clipboard = c.uuid), 0) END "
+        "FROM clipboards c WHERE EXISTS (SELECT 1 FROM my_roles) ORDER BY LOWER(c.name), c.created"));
+    query.addBindValue(acting);
+    query.addBindValue(acting);
+    if (!exec(query, error))
+        return fail(error);
+    // Nobody edits a read-only archive.
+    const QSharedPointer<OrvexArchiveStore> current = store(error);
+    const bool readOnly = current && current->isReadOnly();
     QList<QPair<QString, QString>> visible;
     while (query.next()) {
-        const QString uuid = query.value(0).toString();
-        const Right right = rightOn(db, uuid, acting);
-        if (right == Right::None)
-            continue;
-        visible.append({uuid, query.value(1).toString() + kSep
-                                  + (right == Right::Edit && !m_store->isReadOnly() ? QStringLiteral("W") : QStringLiteral("R"))});
+        const int right = query.value(2).toInt();
+        if (right > 0)
+            visible.append({query.value(0).toString(), query.value(1).toString() + kSep
+                                                           + (right == 2 && !readOnly ? QStringLiteral("W") : QStringLiteral("R"))});
     }
     clipboards = visible;
     return true;
@@ -469,7 +500,7 @@ bool OrvexClassifyClient::getClipboards(QList<QPair<QString, QString>> &clipboar
 bool OrvexClassifyClient::getClipboardDocuments(QString clipboardId, QStringList &entries, QStringList &comments)
 {
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    QSqlDatabase db = database(error);
     if (!db.isOpen())
         return fail(error);
     if (!require(db, clipboardId, Right::View, error))
@@ -498,6 +529,10 @@ bool OrvexClassifyClient::addToClipboard(QString clipboardId, QString docId, QSt
     if (!docsId.trimmed().isEmpty() && !parseId(docsId, entry))
         return fail(QStringLiteral("Not an entry id: %1").arg(docsId));
     const QString acting = user();
+    QString storeError;
+    const QSharedPointer<OrvexArchiveStore> current = store(storeError);
+    if (!current)
+        return fail(storeError);
     return writeAs([&](QSqlDatabase &db, QString &error) {
         if (!require(db, clipboardId, Right::Edit, error))
             return false;
@@ -506,12 +541,13 @@ bool OrvexClassifyClient::addToClipboard(QString clipboardId, QString docId, QSt
         known.addBindValue(document);
         if (!exec(known, error))
             return false;
-        if (!known.next() || !m_store->mayRead(acting, document)) {
+        if (!known.next() || !current->mayRead(acting, document)) {
             error = QStringLiteral("Unknown document %1").arg(document);
             return false;
         }
         if (entry == 0)
             entry = known.value(0).toLongLong();
+        known.finish();
         // An entry number that names another document would mix up two documents.
         QSqlQuery other(db);
         other.prepare(QStringLiteral("SELECT id FROM documents WHERE docs_id = ? AND id <> ?"));
@@ -540,13 +576,15 @@ bool OrvexClassifyClient::addToClipboard(QString clipboardId, QString docId, QSt
             error = QStringLiteral("A clipboard holds at most %1 documents").arg(OrvexArchiveStore::MaxClipboardEntries);
             return false;
         }
+        const int position = state.value(1).toInt() + 1;
+        state.finish();
         QSqlQuery insert(db);
         insert.prepare(QStringLiteral("INSERT INTO clipboard_entries(clipboard, docs_id, doc_id, note, position) "
                                       "VALUES (?, ?, ?, '', ?)"));
         insert.addBindValue(clipboardId);
         insert.addBindValue(entry);
         insert.addBindValue(document);
-        insert.addBindValue(state.value(1).toInt() + 1);
+        insert.addBindValue(position);
         return exec(insert, error);
     });
 }
@@ -613,7 +651,7 @@ bool OrvexClassifyClient::setClipboardComment(QString clipboardId, QString docsI
 QStringList OrvexClassifyClient::getClipboardRoles(QString clipboardId)
 {
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    QSqlDatabase db = database(error);
     if (!db.isOpen() || !require(db, clipboardId, Right::View, error)) {
         fail(error);
         return {};
@@ -648,6 +686,13 @@ bool OrvexClassifyClient::setClipboardRoles(QString clipboardId, QStringList rol
     }
     if (!rights.values().contains(QStringLiteral("W")))
         return fail(QStringLiteral("At least one role must be able to edit the clipboard"));
+    QString storeError;
+    const QSharedPointer<OrvexArchiveStore> current = store(storeError);
+    if (!current)
+        return fail(storeError);
+    QList<QPair<QString, QString>> list;
+    for (auto it = rights.cbegin(); it != rights.cend(); ++it)
+        list.append({it.key(), it.value()});
     return writeAs([&](QSqlDatabase &db, QString &error) {
         if (!require(db, clipboardId, Right::Edit, error))
             return false;
@@ -662,28 +707,15 @@ bool OrvexClassifyClient::setClipboardRoles(QString clipboardId, QStringList rol
                 return false;
             }
         }
-        QSqlQuery clear(db);
-        clear.prepare(QStringLiteral("DELETE FROM clipboard_rights WHERE clipboard = ?"));
-        clear.addBindValue(clipboardId);
-        if (!exec(clear, error))
-            return false;
-        QSqlQuery insert(db);
-        insert.prepare(QStringLiteral("INSERT INTO clipboard_rights(clipboard, role_id, mode) VALUES (?, ?, ?)"));
-        for (auto it = rights.cbegin(); it != rights.cend(); ++it) {
-            insert.addBindValue(clipboardId);
-            insert.addBindValue(it.key());
-            insert.addBindValue(it.value());
-            if (!exec(insert, error))
-                return false;
-        }
-        return true;
+        known.finish();
+        return current->backend().replaceRights(db, clipboardId, list, error);
     });
 }
 
 QStringList OrvexClassifyClient::getRoleNames(QStringList roleIds)
 {
     QString error;
-    QSqlDatabase db = m_store->database(&error);
+    QSqlDatabase db = database(error);
     if (!db.isOpen()) {
         fail(error);
         return {};

@@ -17,8 +17,9 @@ class QSqlDatabase;
 // rights, document queries with full text, roles and connection facts, all
 // as the acting user. Rights are checked here, on the archive's side: a user
 // sees the clipboards one of its roles may view, and every change needs an edit
-// right ("W") on the clipboard; its owner always keeps that right. Safe to call
-// from any thread.
+// right ("W") on the clipboard; its owner always keeps that right. On a server
+// the client works as the user's database role, and the server enforces the
+// same rules itself. Safe to call from any thread.
 //
 // Card and search rows hold the fields
 //   0 docId, 1 docsId, 2 title, 3 type key, 4 date, 5 file name, 6 status key, 7 pages
@@ -60,6 +61,8 @@ public:
     QStringList getRoleNames(QStringList roleIds) override;
 
 signals:
+    // Others (another host, another user) changed clipboards, their entries
+    // or rights; reported once the archive watches for changes.
     void clipboardsChanged();
 
 private:
@@ -68,13 +71,18 @@ private:
     // Checks that the clipboard exists and the user holds at least needed; sets the error.
     bool require(QSqlDatabase &db, const QString &uuid, Right needed, QString &error);
     bool validName(const QString &name, QString &error) const;
-    QStringList rowFor(QSqlDatabase &db, qlonglong docId, qlonglong docsId, const QString &user);
     bool tableRows(const QString &table, QStringList &rows);
     bool fail(const QString &error);
     bool writeAs(const std::function<bool(QSqlDatabase &, QString &)> &work);
+    // The store the acting user works on (on a server: as its own role);
+    // null, with the reason, when it cannot be had.
+    QSharedPointer<OrvexArchiveStore> store(QString &error) const;
+    // The calling thread's connection to store().
+    QSqlDatabase database(QString &error) const;
 
     QSharedPointer<OrvexArchiveStore> m_store;
     mutable QMutex m_mutex;
     QString m_user;
+    QString m_storeError;
     QString m_lastError;
 };

@@ -194,7 +194,7 @@ bool OrvexSampleArchive::seed(QSqlDatabase &db, QString &error)
         {QStringLiteral("local_password"), QLatin1String(Password)},
     };
     for (const auto &setting : settings)
-        if (!run(db, QStringLiteral("INSERT OR REPLACE INTO settings(key, value) VALUES (?, ?)"),
+        if (!run(db, QStringLiteral("INSERT INTO settings(key, value) VALUES (?, ?) ON CONFLICT(key) DO UPDATE SET value = excluded.value"),
                  {setting.first, setting.second}, error))
             return false;
     const QList<QStringList> roles{
@@ -204,15 +204,15 @@ bool OrvexSampleArchive::seed(QSqlDatabase &db, QString &error)
          QStringLiteral(QT_TRANSLATE_NOOP("OrvexSampleArchive", "Administrators"))},
     };
     for (const QStringList &role : roles)
-        if (!run(db, QStringLiteral("INSERT OR IGNORE INTO roles(id, kind, display_name) VALUES (?, ?, ?)"),
+        if (!run(db, QStringLiteral("INSERT INTO roles(id, kind, display_name) VALUES (?, ?, ?) ON CONFLICT DO NOTHING"),
                  {role.at(0), role.at(1), role.at(2)}, error))
             return false;
     for (const TypeInfo &type : kTypes)
-        if (!run(db, QStringLiteral("INSERT OR IGNORE INTO doc_types(key, name) VALUES (?, ?)"),
+        if (!run(db, QStringLiteral("INSERT INTO doc_types(key, name) VALUES (?, ?) ON CONFLICT DO NOTHING"),
                  {QLatin1String(type.key), QLatin1String(type.name)}, error))
             return false;
     for (const auto &status : kStatuses)
-        if (!run(db, QStringLiteral("INSERT OR IGNORE INTO doc_statuses(key, name) VALUES (?, ?)"),
+        if (!run(db, QStringLiteral("INSERT INTO doc_statuses(key, name) VALUES (?, ?) ON CONFLICT DO NOTHING"),
                  {QLatin1String(status[0]), QLatin1String(status[1])}, error))
             return false;
     return true;
@@ -232,9 +232,9 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
         return false;
     }
     const QString localUser = OrvexArchiveStore::operatingSystemUser();
-    QStringList createdFiles;
+    OrvexArchiveStore::FileChanges files;
     const bool ok = store.write([&](QSqlDatabase &db, QString &stepError) {
-        const QString roleSql = QStringLiteral("INSERT OR IGNORE INTO roles(id, kind, display_name, password_hash) VALUES (?, ?, ?, ?)");
+        const QString roleSql = QStringLiteral("INSERT INTO roles(id, kind, display_name, password_hash) VALUES (?, ?, ?, ?) ON CONFLICT DO NOTHING");
         const QList<QStringList> groups{
             {QStringLiteral("r_accounting"), QStringLiteral("group"), QStringLiteral("Buchhaltung")},
             {QStringLiteral("r_sales"), QStringLiteral("group"), QStringLiteral("Vertrieb")},
@@ -258,7 +258,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
             QStringList memberOf = user.at(2).split(QLatin1Char(','));
             memberOf << QStringLiteral("tavloUSER");
             for (const QString &role : qAsConst(memberOf))
-                if (!run(db, QStringLiteral("INSERT OR IGNORE INTO role_members(role_id, member_id) VALUES (?, ?)"),
+                if (!run(db, QStringLiteral("INSERT INTO role_members(role_id, member_id) VALUES (?, ?) ON CONFLICT DO NOTHING"),
                          {role, user.at(0)}, stepError))
                     return false;
         }
@@ -279,7 +279,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
                 options.date = d.date;
                 options.readRole = d.readRole;
                 options.owner = QStringLiteral("mmueller");
-                docId = store.importFile(db, path, options, docId, createdFiles, stepError);
+                docId = store.importFile(db, path, options, docId, files, stepError);
                 if (docId == 0)
                     return false;
             }
@@ -319,7 +319,6 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
                          {QStringLiteral("r_sales:W")}, {{3, QString()}, {8, QStringLiteral("Kunde ruft zurück")}});
     }, error);
     if (!ok)
-        for (const QString &path : qAsConst(createdFiles))
-            QFile::remove(path);
+        store.undoFiles(files);
     return ok;
 }

@@ -18,6 +18,15 @@ inline bool exec(QSqlQuery &query, QString &error)
     return false;
 }
 
+// Runs a statement without parameters, likewise.
+inline bool exec(QSqlQuery &query, const QString &sql, QString &error)
+{
+    if (query.exec(sql))
+        return true;
+    error = OrvexStorageError::ofQuery(query);
+    return false;
+}
+
 // A positive id from decimal text (surrounding blanks allowed).
 inline bool parseId(const QString &text, qlonglong &id)
 {

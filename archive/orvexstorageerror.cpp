@@ -1,5 +1,7 @@
 #include "orvexstorageerror.h"
 
+#include "orvexpostgresbackend.h"
+
 #include <QLoggingCategory>
 #include <QSqlDatabase>
 #include <QSqlDriver>
@@ -29,6 +31,9 @@ sqlite3 *sqliteHandle(const QSqlDriver *driver)
 
 QString reasonFor(const QSqlDriver *driver, const QSqlError &error)
 {
+    // A server's refusal has words of its own.
+    if (driver && driver->dbmsType() == QSqlDriver::PostgreSQL)
+        return OrvexPostgresBackend::describe(error);
     sqlite3 *handle = sqliteHandle(driver);
     bool numeric = false;
     const int code = error.nativeErrorCode().toInt(&numeric) & 0xff;

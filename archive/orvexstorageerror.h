@@ -17,7 +17,8 @@ class QSqlQuery;
 //   No space left on device: Rechnung.pdf was not archived
 //
 // SQL statements and the database's own texts never reach a user; they go to
-// the log.
+// the log. A server's refusals and failures are told in sentences of their own
+// ("The connection to the archive server was lost").
 class ORVEXARCHIVE_EXPORT OrvexStorageError
 {
     Q_DECLARE_TR_FUNCTIONS(OrvexStorageError)

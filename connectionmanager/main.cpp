@@ -1,4 +1,5 @@
 // orvexconnectionmanager: the Connection Manager stand-in for the demo and tests.
+#include "orvexarchive.h"
 #include "orvexconnectionmanager.h"
 #include "orvexdocumentserver.h"
 #include "orvexlogindata.h"
@@ -60,9 +61,11 @@ int main(int argc, char *argv[])
         QStringLiteral("port"));
     const QCommandLineOption archiveOption(
         QStringLiteral("archive"),
-        QStringLiteral("Archive folder the documents are served from (default: %1).")
-            .arg(OrvexDocumentServer::defaultArchiveFolder()),
-        QStringLiteral("dir"), OrvexDocumentServer::defaultArchiveFolder());
+        QStringLiteral("Archive the documents are served from: a folder or a server address "
+                       "postgresql://user@host:port/database (default: ORVEX_ARCHIVE_DIR, else the active "
+                       "profile's archive, else %1).")
+            .arg(OrvexArchive::defaultLocation()),
+        QStringLiteral("dir|address"));
     const QCommandLineOption userOption(
         QStringLiteral("user"),
         QStringLiteral("Archive user the documents are read as (default: the operating-system user)."),
@@ -98,7 +101,15 @@ int main(int argc, char *argv[])
         return 1;
     }
     // After the single-instance check, so that a second instance hears why it is refused.
-    OrvexDocumentServer documents(parser.value(archiveOption), parser.value(userOption));
+    QString archive = parser.value(archiveOption);
+    if (!parser.isSet(archiveOption)) {
+        archive = qEnvironmentVariable(OrvexArchive::FolderVariable);
+        if (archive.trimmed().isEmpty())
+            archive = store.activeArchive();
+        if (archive.trimmed().isEmpty())
+            archive = OrvexDocumentServer::defaultArchiveFolder();
+    }
+    OrvexDocumentServer documents(archive, parser.value(userOption));
     if (!documents.start(port, &error)) {
         std::fprintf(stderr, "orvexconnectionmanager: documents cannot be served: %s\n", qPrintable(error));
         return 1;

@@ -1,6 +1,7 @@
 #include "orvexdocumentarchive.h"
 
 #include "kelarchiveclientinterface.h"
+#include "orvexarchivelocation.h"
 #include "orvexarchivestore.h"
 
 #include <QCoreApplication>
@@ -47,23 +48,28 @@ bool OrvexDocumentArchive::ensureOpen(QString &error)
     QMutexLocker locker(&m_mutex);
     if (m_archive)
         return true;
+    // On a server the documents are read as the user's database role.
+    const bool onServer = OrvexArchiveLocation::isServerAddress(m_folder);
+    QString location = m_folder;
+    if (onServer && !m_user.isEmpty())
+        location = OrvexArchiveLocation::parse(m_folder).withUser(m_user).toString();
     const QDir dir(m_folder);
-    if (m_folder.trimmed().isEmpty() || !dir.exists()
-        || dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
+    if (!onServer
+        && (m_folder.trimmed().isEmpty() || !dir.exists() || dir.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden))) {
         error = QStringLiteral("There is no archive in %1 yet.").arg(QDir::toNativeSeparators(m_folder));
         return false;
     }
     auto archive = std::make_unique<OrvexArchive>();
-    if (!m_user.isEmpty())
+    if (!onServer && !m_user.isEmpty())
         archive->setUser(m_user);
-    if (!archive->open(m_folder, false)) {
+    if (!archive->open(location, false)) {
         error = QStringLiteral("The archive in %1 cannot be opened: %2")
                     .arg(QDir::toNativeSeparators(m_folder), archive->lastError());
         return false;
     }
     // The facade's own store, as everybody in this process shares it.
     QString storeError;
-    QSharedPointer<OrvexArchiveStore> store = OrvexArchiveStore::shared(m_folder, false, &storeError);
+    QSharedPointer<OrvexArchiveStore> store = OrvexArchiveStore::shared(location, false, &storeError);
     kelArchiveClientInterface *factory = archive->archiveClient();
     if (!store || !factory) {
         error = QStringLiteral("The archive in %1 cannot be opened: %2")

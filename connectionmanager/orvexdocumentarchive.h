@@ -20,8 +20,8 @@ class OrvexArchiveStore;
 // protocol, and stopping the server (which joins its threads) cannot wait on
 // the Qt thread.
 //
-// The archive is opened on the first request that finds it and is never
-// created here: the demo starts the stand-in before the host creates its
+// The archive (a folder or a server address) is opened on the first request
+// that finds it and is never created here: the demo starts the stand-in before the host creates its
 // sample archive, and an empty archive made first would stop the host from
 // filling it. Until the folder holds an archive, requests are answered 503.
 class OrvexDocumentArchive

@@ -1,6 +1,7 @@
 #include "orvexprofilestore.h"
 
 #include "orvexarchive.h"
+#include "orvexarchivelocation.h"
 
 #include <algorithm>
 
@@ -65,6 +66,14 @@ bool OrvexProfileStore::contains(qint64 id) const
                        [id](const orvexProfileData &p) { return p.id == id; });
 }
 
+QString OrvexProfileStore::activeArchive() const
+{
+    for (const orvexProfileData &profile : m_profiles)
+        if (profile.active)
+            return profile.dataPath;
+    return m_profiles.isEmpty() ? QString() : m_profiles.first().dataPath;
+}
+
 void OrvexProfileStore::setActive(qint64 id)
 {
     if (!contains(id))
@@ -105,6 +114,17 @@ bool OrvexProfileStore::load()
         p.dataPath = settings.value(QStringLiteral("dataPath")).toString();
         p.roles = settings.value(QStringLiteral("roles")).toStringList();
         p.options = settings.value(QStringLiteral("options")).toStringList();
+        const OrvexArchiveLocation server = OrvexArchiveLocation::parse(p.dataPath);
+        if (server.isServer()) {
+            if (p.serverHost.isEmpty())
+                p.serverHost = server.host();
+            if (p.serverPort == 0)
+                p.serverPort = server.port();
+            if (p.userName.isEmpty())
+                p.userName = server.effectiveUser();
+            if (p.archives.isEmpty())
+                p.archives = QStringList{server.database()};
+        }
         profiles.append(p);
     }
     settings.endArray();

@@ -16,6 +16,9 @@
 //   1\serverHost=localhost ... one key per field of orvexProfileData
 //
 // A file without profiles gets a default profile for the embedded archive.
+// A profile's dataPath is its archive: a folder, or a server address
+// (postgresql://user@host:port/database), whose parts then fill the
+// profile's server, port, user and archive where the file leaves them empty.
 class OrvexProfileStore
 {
 public:
@@ -32,6 +35,8 @@ public:
     void setActive(qint64 id);
     // The drag-and-drop port the file asks for; 0 when it names none.
     int dndPort() const { return m_dndPort; }
+    // The archive of the active profile (else of the first); empty without profiles.
+    QString activeArchive() const;
 
     static QString defaultFileName();
     static QString defaultArchivePath();

@@ -3,6 +3,8 @@
 #include <QSortFilterProxyModel>
 #include <QStringList>
 
+class OrvexDocumentListModel;
+
 // Sorting and filtering of the document list. The filter text is split into
 // words; a document is shown when every word occurs, case-insensitively, in at
 // least one of its columns ("invoice 2024" finds invoices of 2024).
@@ -23,6 +25,8 @@ protected:
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override;
 
 private:
+    OrvexDocumentListModel *documents() const;
+
     QString m_text;
     QStringList m_words;
 };

@@ -1,5 +1,6 @@
 #include "orvexdocumentlistmodel.h"
 
+#include <QCollator>
 #include <QFont>
 #include <QGuiApplication>
 #include <QPalette>
@@ -13,16 +14,51 @@ void OrvexDocumentListModel::setDocuments(const QList<OrvexArchiveDocument> &doc
 {
     beginResetModel();
     m_documents = documents;
+    m_searchTexts.clear();
+    m_searchTexts.reserve(documents.size());
+    m_rows.clear();
+    m_rows.reserve(documents.size());
+    for (int row = 0; row < m_documents.size(); ++row) {
+        const OrvexArchiveDocument &document = m_documents.at(row);
+        QStringList texts;
+        for (int column = 0; column < ColumnCount; ++column)
+            texts << displayValue(document, column).toString();
+        m_searchTexts << texts.join(QLatin1Char('\n')).toCaseFolded();
+        m_rows.insert(document.id, row);
+    }
     endResetModel();
 }
 
 int OrvexDocumentListModel::rowOfDocument(qlonglong id) const
 {
-    for (int row = 0; row < m_documents.size(); ++row) {
-        if (m_documents.at(row).id == id)
-            return row;
+    return m_rows.value(id, -1);
+}
+
+bool OrvexDocumentListModel::lessThan(int a, int b, int column) const
+{
+    const OrvexArchiveDocument &left = m_documents.at(a);
+    const OrvexArchiveDocument &right = m_documents.at(b);
+    switch (column) {
+    case IdColumn:
+        return left.id < right.id;
+    case PagesColumn:
+        return left.pages < right.pages;
+    case DateColumn:
+        return left.date < right.date;
+    default: {
+        // The C locale collates byte by byte, without numbers.
+        static const QCollator collator = [] {
+            QLocale locale;
+            if (locale.language() == QLocale::C)
+                locale = QLocale(QLocale::English);
+            QCollator c(locale);
+            c.setNumericMode(true);
+            c.setCaseSensitivity(Qt::CaseInsensitive);
+            return c;
+        }();
+        return collator.compare(displayValue(left, column).toString(), displayValue(right, column).toString()) < 0;
     }
-    return -1;
+    }
 }
 
 int OrvexDocumentListModel::rowCount(const QModelIndex &parent) const

@@ -1,6 +1,7 @@
 #include "orvexhostoptions.h"
 
 #include "orvexarchive.h"
+#include "orvexarchivelocation.h"
 #include "orvexworkbenchloader.h"
 
 #include <QCommandLineParser>
@@ -31,9 +32,10 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
     const QCommandLineOption versionOption = parser.addVersionOption();
     const QCommandLineOption archiveOption(
         QStringLiteral("archive"),
-        tr("Archive folder; a new folder gets a sample archive (default: %1).")
+        tr("Archive folder, or the address of an archive on a PostgreSQL server "
+           "(postgresql://user@host:port/database); a new folder gets a sample archive (default: %1).")
             .arg(QDir::toNativeSeparators(OrvexArchive::defaultLocation())),
-        tr("DIR"));
+        tr("DIR|ADDRESS"));
     const QCommandLineOption screenshotOption(
         QStringLiteral("screenshot"),
         tr("Wait until the window, the workbench dock and its boards are shown, save a PNG of the window "
@@ -54,7 +56,8 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
             .arg(QDir::toNativeSeparators(OrvexWorkbenchLoader::defaultPluginPath())),
         tr("FILE"));
     const QCommandLineOption userOption(QStringLiteral("user"),
-                                        tr("Work as this archive user (default: the system user)."),
+                                        tr("Work as this archive user (default: the system user; on a server "
+                                           "the address's user), on a server as its database role."),
                                         tr("NAME"));
     parser.addOptions({archiveOption, screenshotOption, stateOption, timeoutOption, pluginOption, userOption});
 
@@ -76,6 +79,12 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
                                                           : OrvexArchive::defaultLocation();
     if (options.archiveFolder.isEmpty()) {
         options.error = tr("The archive folder must not be empty.");
+        return options;
+    }
+    QString addressError;
+    if (OrvexArchiveLocation::isServerAddress(options.archiveFolder)
+        && !OrvexArchiveLocation::parse(options.archiveFolder, &addressError).isServer()) {
+        options.error = addressError;
         return options;
     }
     options.screenshotFile = parser.value(screenshotOption);

@@ -18,7 +18,7 @@ public:
     // are printed without a display.
     static bool asksForTextOnly(const QStringList &arguments);
 
-    QString archiveFolder;  // --archive, default: the archive's default location
+    QString archiveFolder;  // --archive (a folder or a server address), default: the archive's default location
     QString screenshotFile; // --screenshot, empty: run interactively
     QString stateFile;      // --dump-state, with --screenshot only
     int timeoutSeconds = defaultTimeoutSeconds;

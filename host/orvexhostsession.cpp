@@ -2,6 +2,8 @@
 
 #include "orvexarchive.h"
 #include "orvexarchiveclient.h"
+#include "orvexarchivelocation.h"
+#include "orvexclassifyclient.h"
 #include "orvexduplicatesdlg.h"
 #include "orvexhostoptions.h"
 #include "orvexhostwindow.h"
@@ -30,17 +32,24 @@ bool OrvexHostSession::fail(OrvexHostExitCode code, const QString &message)
 
 bool OrvexHostSession::start(const OrvexHostOptions &options)
 {
-    const QString folder = QDir(options.archiveFolder).absolutePath();
-    // Before anything loads the archive-client plugin, which reads it once.
-    qputenv(archiveDirVariable, QFile::encodeName(folder));
+    // A server is worked on as the user's database role: --user names it.
+    const bool onServer = OrvexArchiveLocation::isServerAddress(options.archiveFolder);
+    QString location = onServer ? options.archiveFolder : QDir(options.archiveFolder).absolutePath();
+    if (onServer && !options.user.isEmpty())
+        location = OrvexArchiveLocation::parse(location).withUser(options.user).toString();
+    // Before anything loads the archive-client plugin, which reads it once
+    // (never a password: the plugin's client logs in with the host's values).
+    qputenv(archiveDirVariable, QFile::encodeName(onServer ? OrvexArchiveLocation::parse(location).toString() : location));
 
     m_archive = std::make_unique<OrvexArchive>();
-    if (!m_archive->open(folder)) {
+    // A new folder gets the sample; a new database on a server is set up empty.
+    if (!m_archive->open(location, !onServer)) {
         return fail(OrvexHostExitCode::ArchiveFailed,
                     tr("The archive in %1 could not be opened: %2")
-                        .arg(QDir::toNativeSeparators(folder), m_archive->lastError()));
+                        .arg(onServer ? OrvexArchiveLocation::parse(location).toString() : QDir::toNativeSeparators(location),
+                             m_archive->lastError()));
     }
-    if (!options.user.isEmpty())
+    if (!onServer && !options.user.isEmpty())
         m_archive->setUser(options.user);
     // Duplicates the user may not read come as the embedded archive's placeholder image.
     OrvexDuplicatesDlg::addPlaceholderFingerprint(OrvexArchiveClient::notAuthorisedImageMd5().toLatin1());
@@ -76,6 +85,15 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
     });
     QObject::connect(m_window.get(), &OrvexHostWindow::reloadRequested, m_window.get(),
                      [this] { refreshDocuments(); });
+
+    // Clipboards another host or user changed: the workbench's light refresh.
+    m_clipboardsChanged.setSingleShot(true);
+    m_clipboardsChanged.setInterval(0);
+    if (auto *classify = dynamic_cast<OrvexClassifyClient *>(m_archive->classifyClient()))
+        QObject::connect(classify, &OrvexClassifyClient::clipboardsChanged, &m_clipboardsChanged,
+                         qOverload<>(&QTimer::start));
+    QObject::connect(&m_clipboardsChanged, &QTimer::timeout, m_window.get(), &OrvexHostWindow::refreshWorkbench);
+    m_archive->watchChanges();
     return true;
 }
 

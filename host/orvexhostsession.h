@@ -18,6 +18,8 @@ class TavloDocPluginInterface;
 // One run of the host: the archive, the workbench plugin and the main window,
 // set up in the order a host of the plugin follows, and torn down in reverse
 // (the window with the dock and its boards before the archive they borrow from).
+// Changes that other hosts make to the archive reach the window: documents
+// reload the list, clipboards give the workbench its light refresh.
 class OrvexHostSession
 {
     Q_DECLARE_TR_FUNCTIONS(OrvexHostSession)
@@ -46,7 +48,8 @@ private:
     OrvexWorkbenchLoader m_loader;
     std::unique_ptr<TavloDocPluginInterface> m_workbench;
     std::unique_ptr<OrvexHostWindow> m_window;
-    QTimer m_dataChanged; // gathers a burst of archive changes into one refresh
+    QTimer m_dataChanged;       // gathers a burst of archive changes into one refresh
+    QTimer m_clipboardsChanged; // likewise for clipboards others changed
     OrvexHostExitCode m_failure = OrvexHostExitCode::Ok;
     QString m_error;
 };

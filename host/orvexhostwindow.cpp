@@ -49,10 +49,15 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     ui->m_documentView->setModel(m_filterModel);
     ui->m_documentView->sortByColumn(OrvexDocumentListModel::IdColumn, Qt::AscendingOrder);
 
+    // Sized by the rows in view only, and rows of one line: an archive of
+    // 100,000 documents opens without measuring each of them.
     QHeaderView *header = ui->m_documentView->horizontalHeader();
+    header->setResizeContentsPrecision(0);
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
     header->setSectionResizeMode(OrvexDocumentListModel::TitleColumn, QHeaderView::Stretch);
-    ui->m_documentView->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    QHeaderView *rows = ui->m_documentView->verticalHeader();
+    rows->setSectionResizeMode(QHeaderView::Fixed);
+    rows->setDefaultSectionSize(fontMetrics().height() + 8);
 
     m_countLabel->setObjectName(QStringLiteral("countLabel"));
     m_userLabel->setObjectName(QStringLiteral("userLabel"));

@@ -299,14 +299,6 @@ Exit codes: 0 done, 1 bad command line, 2 archive failed, 3 plugin failed, 4 no 
 Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler, 4 kein Bildschirmfoto.</translation>
     </message>
     <message>
-        <source>Archive folder; a new folder gets a sample archive (default: %1).</source>
-        <translation>Archivordner; ein neuer Ordner erhält ein Beispielarchiv (Vorgabe: %1).</translation>
-    </message>
-    <message>
-        <source>DIR</source>
-        <translation>ORDNER</translation>
-    </message>
-    <message>
         <source>Wait until the window, the workbench dock and its boards are shown, save a PNG of the window to FILE and exit.</source>
         <translation>Warten, bis Fenster, Zwischenablage und deren Karten angezeigt sind, ein PNG-Bild des Fensters in DATEI speichern und beenden.</translation>
     </message>
@@ -325,10 +317,6 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
     <message>
         <source>Workbench plugin module to load (default: %1).</source>
         <translation>Zu ladendes Zwischenablage-Plugin (Vorgabe: %1).</translation>
-    </message>
-    <message>
-        <source>Work as this archive user (default: the system user).</source>
-        <translation>Als dieser Archivbenutzer arbeiten (Vorgabe: der Systembenutzer).</translation>
     </message>
     <message>
         <source>NAME</source>
@@ -357,6 +345,18 @@ Rückgabewerte: 0 fertig, 1 falsche Befehlszeile, 2 Archivfehler, 3 Pluginfehler
     <message>
         <source>--dump-state needs a file name and --screenshot.</source>
         <translation>--dump-state braucht einen Dateinamen und --screenshot.</translation>
+    </message>
+    <message>
+        <source>Archive folder, or the address of an archive on a PostgreSQL server (postgresql://user@host:port/database); a new folder gets a sample archive (default: %1).</source>
+        <translation>Archivordner oder die Adresse eines Archivs auf einem PostgreSQL-Server (postgresql://benutzer@host:port/datenbank); ein neuer Ordner erhält ein Beispielarchiv (Vorgabe: %1).</translation>
+    </message>
+    <message>
+        <source>DIR|ADDRESS</source>
+        <translation>ORDNER|ADRESSE</translation>
+    </message>
+    <message>
+        <source>Work as this archive user (default: the system user; on a server the address&apos;s user), on a server as its database role.</source>
+        <translation>Als dieser Archivbenutzer arbeiten (Vorgabe: der Systembenutzer; auf einem Server der Benutzer der Adresse), auf einem Server als dessen Datenbankrolle.</translation>
     </message>
 </context>
 <context>

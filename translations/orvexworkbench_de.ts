@@ -618,5 +618,9 @@
         <source>Clipboard %1 could not be removed.</source>
         <translation>Zwischenablage %1 konnte nicht entfernt werden.</translation>
     </message>
+    <message>
+        <source>Read-only: you may view this clipboard but not change it.</source>
+        <translation>Schreibgeschützt: Sie dürfen diese Zwischenablage ansehen, aber nicht ändern.</translation>
+    </message>
 </context>
 </TS>

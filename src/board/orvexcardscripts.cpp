@@ -101,9 +101,10 @@ QString orvexcardscripts::note(const QString &cardId, const QString &note)
 {
     const QString dirty = note.isEmpty() ? QStringLiteral("removeClass('is-dirty')")
                                          : QStringLiteral("addClass('is-dirty')");
-    return QStringLiteral("$('#textarea-") + cardId + QStringLiteral("').parent().") + dirty
+    return QStringLiteral("if(document.activeElement!==document.getElementById('textarea-") + cardId
+           + QStringLiteral("')){$('#textarea-") + cardId + QStringLiteral("').parent().") + dirty
            + QStringLiteral(";$('#textarea-") + cardId + QStringLiteral("').val('") + note
-           + QStringLiteral("');null;");
+           + QStringLiteral("');}null;");
 }
 
 QString orvexcardscripts::cardData(const QString &cardId, const QString &status, const QString &type,

@@ -57,7 +57,9 @@ public:
     static QString removeCard(const QString &cardId);
     // The read-only switch of the page's text fields and of one card's remove controls.
     static QString readOnly(const QString &cardId, bool writeable);
-    // Puts the note into the card's note field as it is given.
+    // Puts the note into the card's note field as it is given, unless the
+    // user is writing in that field: a note being edited is not overwritten
+    // (leaving the field saves it, and the next update brings it back).
     static QString note(const QString &cardId, const QString &note);
     // The card's info lines; the note is escaped, status and type go in as they are.
     static QString cardData(const QString &cardId, const QString &status, const QString &type,

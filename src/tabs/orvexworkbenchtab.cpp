@@ -293,12 +293,15 @@ void orvexworkbenchtab::decorateTab(int index)
     const auto closeSide = static_cast<QTabBar::ButtonPosition>(
         style()->styleHint(QStyle::SH_TabBar_CloseButtonPosition, nullptr, tabBar()));
     QWidget *closeButton = tabBar()->tabButton(index, closeSide);
+    // The lock says why documents cannot be dropped here, also to a screen reader.
     if (board->isWriteable()) {
         setTabIcon(index, QIcon());
+        setTabToolTip(index, QString());
         if (closeButton)
             closeButton->show();
     } else {
         setTabIcon(index, QIcon(QStringLiteral("://icons/lock.svg")));
+        setTabToolTip(index, tr("Read-only: you may view this clipboard but not change it."));
         if (closeButton)
             closeButton->hide();
     }

@@ -347,6 +347,14 @@ private slots:
         board->updateCards();
         QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), QString("Anna's copy"), kTimeout);
         QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), longNote, kTimeout);
+
+        // Regression: an update (another user's change arriving) overwrote the note being written.
+        js(board, "$('#textarea-500').focus().val('Half a sent')");
+        m_classify->setClipboardComment(m_clip, "500", "Changed elsewhere");
+        m_classify->setClipboardComment(m_clip, "501", "Also elsewhere");
+        board->updateCards();
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), QString("Also elsewhere"), kTimeout);
+        QCOMPARE(value(board, "#textarea-500"), QString("Half a sent"));
     }
 
     void search_data()

@@ -8,6 +8,7 @@
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QSettings>
 #include <QtTest>
 
 namespace {
@@ -81,6 +82,33 @@ private slots:
         OrvexProfileStore again(file); // written, and read back the same
         QVERIFY(again.load());
         QCOMPARE(again.profiles(), store.profiles());
+    }
+
+    // A profile whose archive is on a server: the address fills what the file leaves open.
+    void serverProfile()
+    {
+        const QString file = m_dir.filePath(QStringLiteral("server.ini"));
+        {
+            QSettings settings(file, QSettings::IniFormat);
+            settings.beginWriteArray(QStringLiteral("profiles"), 2);
+            settings.setArrayIndex(0);
+            settings.setValue(QStringLiteral("id"), 1);
+            settings.setValue(QStringLiteral("dataPath"), QStringLiteral("/srv/orvex/archive"));
+            settings.setArrayIndex(1);
+            settings.setValue(QStringLiteral("id"), 2);
+            settings.setValue(QStringLiteral("active"), true);
+            settings.setValue(QStringLiteral("userName"), QStringLiteral("anna"));
+            settings.setValue(QStringLiteral("dataPath"), QStringLiteral("postgresql://team@db.example.org:5433/orvex"));
+            settings.endArray();
+        }
+        OrvexProfileStore store(file);
+        QVERIFY(store.load());
+        const orvexProfileData server = store.profiles().at(1);
+        QCOMPARE(QStringList({server.serverHost, QString::number(server.serverPort), server.userName, server.archives.join(',')}),
+                 QStringList({"db.example.org", "5433", "anna", "orvex"}));
+        QCOMPARE(store.profiles().at(0).serverHost, QString());
+        // The document server serves the active profile's archive.
+        QCOMPARE(store.activeArchive(), QStringLiteral("postgresql://team@db.example.org:5433/orvex"));
     }
 
     void answersTheClient()

@@ -41,6 +41,13 @@ void tst_HostProcess::failures_data()
     QTest::newRow("archive folder cannot be made")
         << QStringList{QStringLiteral("--archive"), m_scratch.filePath(QStringLiteral("a-file/archive"))} << 2
         << QStringLiteral("a-file/archive could not be opened");
+    QTest::newRow("malformed server address")
+        << QStringList{QStringLiteral("--archive"), QStringLiteral("postgresql://anna@db.example.org:0/orvex")} << 1
+        << QStringLiteral("no valid port");
+    // A server that is not there: the reason, never a hang.
+    QTest::newRow("server not reachable")
+        << QStringList{QStringLiteral("--archive"), QStringLiteral("postgresql://anna@/orvex?host=%1&connect_timeout=5").arg(m_scratch.path())}
+        << 2 << QStringLiteral("Cannot connect to the archive server");
     QTest::newRow("bad timeout") << QStringList{QStringLiteral("--timeout"), QStringLiteral("never")} << 1
                                  << QStringLiteral("\"never\"");
     QTest::newRow("unknown option") << QStringList{QStringLiteral("--colour=red")} << 1 << QStringLiteral("colour");
@@ -68,7 +75,7 @@ void tst_HostProcess::textWithoutDisplay_data()
     QTest::addColumn<QString>("out"); // part of stdout
 
     // Failed before: without a display the host aborted before it looked at its arguments.
-    QTest::newRow("help") << QStringList{QStringLiteral("--help")} << "C" << 0 << "--archive <DIR>";
+    QTest::newRow("help") << QStringList{QStringLiteral("--help")} << "C" << 0 << "--archive <DIR|ADDRESS>";
     QTest::newRow("short help, with a wrong option") << QStringList{QStringLiteral("-h"), QStringLiteral("--colour")}
                                                      << "C" << 0 << "--screenshot <FILE>";
     QTest::newRow("version") << QStringList{QStringLiteral("--version")} << "C" << 0 << "orvexhost " ORVEXHOST_VERSION;

@@ -69,14 +69,20 @@ static QDBusMessage call(QDBusConnection *bus, const E2eNode &node, const QStrin
 
 E2eNode E2eAccessibility::application(const QString &name) const
 {
+    return applications(name).value(0);
+}
+
+QList<E2eNode> E2eAccessibility::applications(const QString &name) const
+{
+    QList<E2eNode> found;
     if (!isConnected())
-        return {};
+        return found;
     const E2eNode registry{QStringLiteral("org.a11y.atspi.Registry"), kRoot};
     for (const E2eNode &app : children(registry)) {
         if (this->name(app) == name)
-            return app;
+            found << app;
     }
-    return {};
+    return found;
 }
 
 QList<E2eNode> E2eAccessibility::children(const E2eNode &node) const
@@ -104,6 +110,11 @@ QVariant E2eAccessibility::property(const E2eNode &node, const QString &interfac
 QString E2eAccessibility::name(const E2eNode &node) const
 {
     return property(node, kAccessible, QStringLiteral("Name")).toString();
+}
+
+QString E2eAccessibility::description(const E2eNode &node) const
+{
+    return property(node, kAccessible, QStringLiteral("Description")).toString();
 }
 
 QString E2eAccessibility::role(const E2eNode &node) const

@@ -40,10 +40,13 @@ public:
 
     // The top object of the running application with this name (invalid if none).
     E2eNode application(const QString &name) const;
+    // Every running application with this name (two hosts on one desktop).
+    QList<E2eNode> applications(const QString &name) const;
 
     QList<E2eNode> children(const E2eNode &node) const;
     E2eNode parent(const E2eNode &node) const;
     QString name(const E2eNode &node) const;
+    QString description(const E2eNode &node) const; // a widget's tool tip, for instance
     QString role(const E2eNode &node) const; // "push button", "page tab", "heading", ...
     QRect extents(const E2eNode &node) const; // in screen coordinates
     bool hasState(const E2eNode &node, State state) const;

@@ -1,6 +1,7 @@
 #include "e2eproduct.h"
 
 #include "e2edesktop.h"
+#include "orvexarchivelocation.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -9,7 +10,8 @@
 
 E2eProduct::E2eProduct(E2eDesktop &desktop, const QString &archiveFolder)
     : m_desktop(desktop)
-    , m_archiveFolder(QDir(archiveFolder).absolutePath())
+    , m_archiveFolder(OrvexArchiveLocation::isServerAddress(archiveFolder) ? archiveFolder
+                                                                           : QDir(archiveFolder).absolutePath())
     , m_managerName(QStringLiteral("orvex-e2e-%1%2")
                         .arg(QCoreApplication::applicationPid())
                         .arg(desktop.display().mid(1).prepend(QLatin1Char('-'))))

@@ -7,7 +7,7 @@
 class E2eDesktop;
 
 // The product as a user runs it, on an E2eDesktop: the Connection Manager
-// stand-in and the host, both on one archive folder. A new folder gets the
+// stand-in and the host, both on one archive folder (or server address). A new folder gets the
 // sample archive when the host first opens it; a test that needs another
 // starting point prepares the folder first (E2eArchive::prepare).
 class E2eProduct

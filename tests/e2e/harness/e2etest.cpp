@@ -30,8 +30,6 @@ bool E2eTest::waitFor(const std::function<bool()> &condition, int timeoutMs)
 
 bool E2eTest::startProduct(const std::function<bool(E2eArchive &)> &prepare)
 {
-    if (!m_desktop.start(&m_error))
-        return false;
     const QString folder = m_scratch.filePath(QStringLiteral("archive"));
     m_archive.reset(new E2eArchive(folder));
     if (prepare) {
@@ -42,7 +40,14 @@ bool E2eTest::startProduct(const std::function<bool(E2eArchive &)> &prepare)
             return false;
         }
     }
-    m_product.reset(new E2eProduct(m_desktop, folder));
+    return startDesktop(folder) && restartHost();
+}
+
+bool E2eTest::startDesktop(const QString &archive)
+{
+    if (!m_desktop.start(&m_error))
+        return false;
+    m_product.reset(new E2eProduct(m_desktop, archive));
     m_input.reset(new E2eInput(m_desktop.environment()));
     if (!m_product->startConnectionManager(&m_error))
         return false;
@@ -50,7 +55,26 @@ bool E2eTest::startProduct(const std::function<bool(E2eArchive &)> &prepare)
         m_error = QStringLiteral("no accessibility bus on %1").arg(m_desktop.display());
         return false;
     }
-    return restartHost();
+    return true;
+}
+
+bool E2eTest::useHost(const QString &titlePart, int timeoutMs)
+{
+    const bool found = waitFor(
+        [&] {
+            for (const E2eNode &application : m_tree.applications(QStringLiteral("orvexhost"))) {
+                for (const E2eNode &window : m_tree.children(application)) {
+                    if (m_tree.name(window).contains(titlePart)) {
+                        m_host = application;
+                        return true;
+                    }
+                }
+            }
+            return false;
+        },
+        timeoutMs);
+    m_hostChosen = found;
+    return found;
 }
 
 bool E2eTest::restartHost()
@@ -81,6 +105,8 @@ void E2eTest::stopAll()
 
 E2eNode E2eTest::host()
 {
+    if (m_hostChosen)
+        return m_host;
     if (!m_host.isValid() || m_tree.name(m_host).isEmpty())
         m_host = m_tree.application(QStringLiteral("orvexhost"));
     return m_host;

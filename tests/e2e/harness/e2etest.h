@@ -44,6 +44,13 @@ protected:
     bool startProduct(const std::function<bool(E2eArchive &)> &prepare = {});
     // Starts the host again on the same archive (after it was quit).
     bool restartHost();
+    // Starts the desktop and the Connection Manager on an archive the test set
+    // up itself (a server address), without a host: the test starts its
+    // hosts (E2eProduct::startHost) and picks the one it works with (useHost).
+    bool startDesktop(const QString &archive);
+    // Works from now on with the host whose main window's title holds
+    // titlePart (of several on the desktop); false when there is none.
+    bool useHost(const QString &titlePart, int timeoutMs = 120000);
     void stopAll();
     QString lastError() const { return m_error; }
 
@@ -109,6 +116,7 @@ private:
     QScopedPointer<E2eArchive> m_archive;
     E2eAccessibility m_tree;
     E2eNode m_host;
+    bool m_hostChosen = false; // by useHost(): not looked up by name again
 };
 
 // Fails the test function unless condition holds within timeoutMs.
