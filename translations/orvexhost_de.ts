@@ -289,6 +289,13 @@
             <numerusform>%n Dokumente werden an das E-Mail-Programm übergeben ...</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>Exported %1 of %n document(s) to %2.</source>
+        <translation>
+            <numerusform>%1 von %n Dokument nach %2 exportiert.</numerusform>
+            <numerusform>%1 von %n Dokumenten nach %2 exportiert.</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>OrvexHostOptions</name>

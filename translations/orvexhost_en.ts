@@ -79,6 +79,13 @@
             <numerusform>Handing %n documents to the mail program...</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>Exported %1 of %n document(s) to %2.</source>
+        <translation>
+            <numerusform>Exported %1 of %n document to %2.</numerusform>
+            <numerusform>Exported %1 of %n documents to %2.</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>OrvexHostUploader</name>

@@ -174,6 +174,26 @@
         <source>Archive Anyway</source>
         <translation>Trotzdem archivieren</translation>
     </message>
+    <message>
+        <source>The file names were not confirmed.</source>
+        <translation>Die Dateinamen wurden nicht bestätigt.</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved (%2).</source>
+        <translation>%1 konnte nicht gespeichert werden (%2).</translation>
+    </message>
+    <message>
+        <source>%1 was left out after an existing file was kept.</source>
+        <translation>%1 wurde ausgelassen, nachdem eine vorhandene Datei behalten wurde.</translation>
+    </message>
+    <message>
+        <source>%1 could not be overwritten (%2).</source>
+        <translation>%1 konnte nicht überschrieben werden (%2).</translation>
+    </message>
+    <message>
+        <source>%1 already exists and was kept.</source>
+        <translation>%1 ist schon vorhanden und wurde behalten.</translation>
+    </message>
 </context>
 <context>
     <name>OrvexDirUtils</name>

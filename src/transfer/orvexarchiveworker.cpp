@@ -343,6 +343,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
     m_offlineArchive = offline;
     m_canceled = false;
     m_launches.clear();
+    m_exportShortfall.clear();
     if (!requireClient())
         return false;
     if (docIds.isEmpty())
@@ -453,6 +454,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             names.setFileList(fetched);
             if (names.exec() != QDialog::Accepted) {
                 deleteFiles(fetched);
+                m_exportShortfall << tr("The file names were not confirmed.");
                 return true;
             }
             destinations = names.getFileList();
@@ -472,7 +474,9 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
         const auto copyOne = [&]() {
             // Online the fetched file is temporary: moving it saves writing every byte twice.
             const bool moved = !offline && QFile::rename(source, destination);
-            if (!moved && !QFile::copy(source, destination)) {
+            QFile copied(source);
+            if (!moved && !copied.copy(destination)) {
+                m_exportShortfall << tr("%1 could not be saved (%2).").arg(name, copied.errorString());
                 QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be saved!"));
                 return;
             }
@@ -483,18 +487,23 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
         if (!QFileInfo::exists(destination) && !QFileInfo(destination).isSymLink()) {
             if (goOn)
                 copyOne();
+            else
+                m_exportShortfall << tr("%1 was left out after an existing file was kept.").arg(name);
         } else {
             const auto answer = QMessageBox::question(
                 nullptr, tr("File exists"), tr("The file %1 already exists, overwrite?").arg(destination),
                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
             if (answer == QMessageBox::Yes) {
-                if (QFile::remove(destination)) {
+                QFile old(destination);
+                if (old.remove()) {
                     copyOne();
                 } else {
+                    m_exportShortfall << tr("%1 could not be overwritten (%2).").arg(name, old.errorString());
                     QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
                     goOn = false;
                 }
             } else {
+                m_exportShortfall << tr("%1 already exists and was kept.").arg(name);
                 goOn = false;
             }
         }
@@ -502,6 +511,11 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             QFile::remove(fetched.at(i));
     }
     return true;
+}
+
+QStringList OrvexArchiveWorker::exportShortfall() const
+{
+    return m_exportShortfall;
 }
 
 QString OrvexArchiveWorker::getNewFileName(QString filePath, QMap<QString, QString> remarks,

@@ -77,6 +77,9 @@ public:
     // The programs the last open-mode export or mailing started, each telling
     // its outcome with finished(); none has finished when the call returns.
     QList<OrvexLauncher *> launches() const;
+    // Why the last copy-mode export wrote fewer files than it fetched, one
+    // sentence each (a refused overwrite, a failed copy, unconfirmed names).
+    QStringList exportShortfall() const;
     QString getNewFileName(QString filePath, QMap<QString, QString> remarks, qlonglong docId,
                            qlonglong docsId, qlonglong version, bool rename);
     QString getOfflineFileName(QString filePath, QString remark, qlonglong docId, qlonglong version);
@@ -134,4 +137,5 @@ private:
     QString m_applicationFolder;
     bool m_uploading = false;
     QList<QPointer<OrvexLauncher>> m_launches;
+    QStringList m_exportShortfall;
 };

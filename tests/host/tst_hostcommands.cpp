@@ -15,7 +15,9 @@ class tst_HostCommands : public QObject
 
 private slots:
     void initTestCase();
-    void exportAsksForAFolderAndBeforeOverwriting();
+    void exportTellsWhatWasWritten_data();
+    void exportTellsWhatWasWritten();
+    void exportSkipsUnknownCardsAndCanBeCanceled();
     void mailHandsTheFilesToTheMailCommand();
     void launchersAreTold_data();
     void launchersAreTold();
@@ -74,7 +76,75 @@ QStringList tst_HostCommands::fileNames(const QStringList &paths) const
     return names;
 }
 
-void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
+void tst_HostCommands::exportTellsWhatWasWritten_data()
+{
+    QTest::addColumn<QString>("present"); // files already in the folder: none, all or last (in export order)
+    QTest::addColumn<bool>("confirmNames");
+    QTest::addColumn<bool>("folderVanishes"); // while the names are confirmed
+    QTest::addColumn<bool>("done");
+    QTest::addColumn<QStringList>("told"); // parts of the message: %1 the first file, %2 the last, %3 how many
+
+    // Failed before: a kept file, a failed copy or unconfirmed names ended in
+    // success or in a bare "No document was exported." that named nothing.
+    QTest::newRow("empty folder") << "none" << true << false << true << QStringList{"Exported %3 document(s) to "};
+    QTest::newRow("all there, kept") << "all" << true << false << false
+        << QStringList{"No document was exported.", "%1 already exists and was kept."};
+    QTest::newRow("last there, kept") << "last" << true << false << false
+        << QStringList{"Exported %4 of %3 document(s) to ", "%2 already exists and was kept."};
+    QTest::newRow("folder gone") << "none" << true << true << false
+        << QStringList{"No document was exported.", "%1 could not be saved (", "%2 could not be saved ("};
+    QTest::newRow("names not confirmed") << "none" << false << false << false
+        << QStringList{"No document was exported. The file names were not confirmed."};
+}
+
+void tst_HostCommands::exportTellsWhatWasWritten()
+{
+    QFETCH(QString, present);
+    QFETCH(bool, confirmNames);
+    QFETCH(bool, folderVanishes);
+    QFETCH(bool, done);
+    QFETCH(QStringList, told);
+
+    QTemporaryDir scratch;
+    QDir target(scratch.filePath(QStringLiteral("export")));
+    QVERIFY(target.mkpath(QStringLiteral(".")));
+    QStringList order; // the files in export order
+    for (const QString &card : m_cards)
+        order << m_documents.value(m_archive.classifyClient()->getCardInfo(card, QString()).value(0)).fileName;
+    QVERIFY(order.size() > 2);
+    const QStringList kept = present == "all" ? order : present == "last" ? QStringList{order.last()} : QStringList();
+    for (const QString &name : kept) {
+        QFile mine(target.filePath(name));
+        QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("mine") == 4);
+    }
+    const QString folder = target.path();
+    m_commands->setFolderChooser([folder](QWidget *, const QString &, const QString &) { return folder; });
+
+    QSignalSpy messages(m_commands, &OrvexHostCommands::message);
+    {
+        SequenceAnswerer dialogs({[&](QWidget *names) {
+            if (folderVanishes)
+                QDir(folder).removeRecursively();
+            SequenceAnswerer::press(confirmNames ? QMessageBox::Ok : QMessageBox::Cancel)(names);
+        }}); // overwrite questions beyond are answered No, error boxes closed
+        QCOMPARE(m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards), done);
+    }
+    const QString message = messages.last().at(0).toString();
+    for (const QString &part : told)
+        QVERIFY2(message.contains(QString(part)
+                                      .replace("%1", order.first())
+                                      .replace("%2", order.last())
+                                      .replace("%3", QString::number(order.size()))
+                                      .replace("%4", QString::number(order.size() - 1))),
+                 qPrintable(message));
+    // What is in the folder is what the message says: the new files, and the kept ones untouched.
+    if (!folderVanishes)
+        QCOMPARE(target.entryList(QDir::Files, QDir::Name).size(), confirmNames ? order.size() : 0);
+    for (const QString &name : kept)
+        QCOMPARE(QFileInfo(target.filePath(name)).size(), 4);
+}
+
+void tst_HostCommands::exportSkipsUnknownCardsAndCanBeCanceled()
 {
     QDir target(m_scratch.filePath(QStringLiteral("export")));
     QVERIFY(target.mkpath(QStringLiteral(".")));
@@ -89,21 +159,9 @@ void tst_HostCommands::exportAsksForAFolderAndBeforeOverwriting()
     QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
     QVERIFY2(messages.last().at(0).toString().contains(QStringLiteral("99999")), "the unknown card is named");
 
-    // Again into the same folder: every file is offered for overwriting, and No keeps it.
-    QFile mine(target.filePath(m_expectedNames.first()));
-    QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("mine") == 4);
-    mine.close();
-    {
-        SequenceAnswerer dialogs({SequenceAnswerer::press(QMessageBox::Ok)});
-        QVERIFY(m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards));
-        QCOMPARE(dialogs.texts().size(), 1 + m_expectedNames.size());
-        QVERIFY(dialogs.texts().last().startsWith(QStringLiteral("File exists: ")));
-    }
-    QCOMPARE(mine.size(), 4);
-
     answer.clear(); // the user cancels the folder question
     QVERIFY(!m_commands->carryOut(QStringLiteral("EXPORTDOCS"), m_cards));
-    QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
+    QCOMPARE(messages.last().at(0).toString(), QStringLiteral("Export canceled."));
 }
 
 void tst_HostCommands::mailHandsTheFilesToTheMailCommand()
