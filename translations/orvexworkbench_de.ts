@@ -642,5 +642,24 @@
         <source>Read-only: you may view this clipboard but not change it.</source>
         <translation>Schreibgeschützt: Sie dürfen diese Zwischenablage ansehen, aber nicht ändern.</translation>
     </message>
+    <message>
+        <source>At most %1 characters</source>
+        <translation>Höchstens %1 Zeichen</translation>
+    </message>
+    <message>
+        <source>A clipboard needs a name: %1 keeps its name.</source>
+        <translation>Eine Zwischenablage braucht einen Namen: %1 behält ihren Namen.</translation>
+    </message>
+    <message numerus="yes">
+        <source>A clipboard name has at most %n characters.</source>
+        <translation>
+            <numerusform>Der Name einer Zwischenablage hat höchstens %n Zeichen.</numerusform>
+            <numerusform>Der Name einer Zwischenablage hat höchstens %n Zeichen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Clipboard %1 could not be renamed.</source>
+        <translation>Zwischenablage %1 konnte nicht umbenannt werden.</translation>
+    </message>
 </context>
 </TS>

@@ -25,7 +25,6 @@
 
 namespace {
 const QChar kFieldSeparator(0xFEFF);
-const int kMaxTitleLength = 254;
 const int kRecreateDelay = 100;
 // A page that never reports its load must not freeze the dock for good.
 const int kPageLoadTimeout = 60000;
@@ -577,8 +576,10 @@ void orvexworkbenchtab::editNewTabTitle(int)
     const bool unnamed = board->getTabText().isEmpty() && title == titleFor(QString());
     m_renameEditor = new QLineEdit(unnamed ? QString() : title, bar);
     m_renameEditor->setObjectName(QStringLiteral("m_renameEditor"));
-    m_renameEditor->setMaxLength(kMaxTitleLength);
+    m_renameEditor->setToolTip(tr("At most %1 characters").arg(MaxNameLength));
+    m_nameLimitTold = false;
     m_renameEditor->installEventFilter(this);
+    connect(m_renameEditor, &QLineEdit::textEdited, this, &orvexworkbenchtab::limitNewTabTitle);
     connect(m_renameEditor, &QLineEdit::editingFinished, this, &orvexworkbenchtab::setNewTabTitle);
     connect(m_renameEditor, &QLineEdit::returnPressed, this, &orvexworkbenchtab::setNewTabTitle);
     QTabWidget::setTabText(index, QString());
@@ -602,9 +603,36 @@ void orvexworkbenchtab::setNewTabTitle()
         bar->setTabButton(index, QTabBar::LeftSide, nullptr);
         editor->hide();
         editor->deleteLater();
-        setTabText(index, editor->text());
+        const orvexwbwebview *board = boardAt(index);
+        const QString text = editor->text();
+        if (board && text != board->getTabText() && text.trimmed().isEmpty()) {
+            QSnackbarEvent(tr("A clipboard needs a name: %1 keeps its name.").arg(titleFor(board->getTabText())))
+                .send();
+            setTabText(index, board->getTabText());
+        } else {
+            setTabText(index, text);
+        }
     }
     bar->blockSignals(false);
+}
+
+void orvexworkbenchtab::limitNewTabTitle(const QString &text)
+{
+    if (!m_renameEditor || text.size() <= MaxNameLength)
+        return;
+    // What was just typed or pasted ends at the cursor: that is cut, never a
+    // character in half.
+    const int cursor = m_renameEditor->cursorPosition();
+    int keep = qMax(0, cursor - (text.size() - MaxNameLength));
+    if (keep > 0 && text.at(keep - 1).isHighSurrogate())
+        --keep;
+    const QString limited = text.left(keep) + text.mid(cursor);
+    m_renameEditor->setText(limited.left(MaxNameLength));
+    m_renameEditor->setCursorPosition(qMin(keep, MaxNameLength));
+    if (!m_nameLimitTold) {
+        m_nameLimitTold = true;
+        QSnackbarEvent(tr("A clipboard name has at most %n characters.", nullptr, MaxNameLength)).send();
+    }
 }
 
 void orvexworkbenchtab::cancelRename()
@@ -648,6 +676,8 @@ void orvexworkbenchtab::setTabText(int index, const QString &text)
     }
     if (m_classifyClient && m_classifyClient->renameClipboard(board->getId(), text))
         board->setTabText(text);
+    else
+        QSnackbarEvent(tr("Clipboard %1 could not be renamed.").arg(titleFor(board->getTabText()))).send();
     // Shown even when refused: the next reload brings back the server's name.
     QTabWidget::setTabText(index, text);
 }

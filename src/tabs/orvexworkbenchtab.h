@@ -27,6 +27,9 @@ class ORVEXWORKBENCH_EXPORT orvexworkbenchtab : public QTabWidget
     Q_OBJECT
 
 public:
+    // The longest clipboard name the archive keeps.
+    static constexpr int MaxNameLength = 100;
+
     explicit orvexworkbenchtab(QWidget *parent = nullptr);
     ~orvexworkbenchtab() override;
 
@@ -100,6 +103,8 @@ private:
     void settleRemovals();
     void refillChooser();
     void cancelRename();
+    // Keeps the name being typed to what the archive accepts; says so once.
+    void limitNewTabTitle(const QString &text);
     void connectTabBar();
     void disconnectTabBar();
 
@@ -108,6 +113,7 @@ private:
     ClassifyInterface *m_classifyClient = nullptr;
     QLineEdit *m_renameEditor = nullptr;
     int m_editingIndex = -1;
+    bool m_nameLimitTold = false;
     orvexwbcornerwidget m_cornerWidget;
     QList<QPair<QString, orvexwbwebview *>> m_boards;
     bool m_loaded = false;

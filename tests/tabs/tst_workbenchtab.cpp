@@ -12,6 +12,7 @@
 #include "recordingclassifyclient.h"
 #include "snackbarcatcher.h"
 
+#include <QClipboard>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -291,18 +292,29 @@ private slots:
 
     void rename_data()
     {
-        QTest::addColumn<QString>("typed"); // "<clear>" empties the field
+        QTest::addColumn<QString>("typed"); // "<clear>" empties the field, "<paste>" pastes 150 characters
         QTest::addColumn<QString>("finish"); // "return", "escape" or "focus" (moved elsewhere)
         QTest::addColumn<bool>("serverFails");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("serverName"); // also the board's, and the title after a reload
-        const QString longName(300, 'x');
-        QTest::newRow("new name") << "Projects" << "return" << false << "Projects" << "Projects";
-        QTest::newRow("empty text restores") << "<clear>" << "return" << false << "Inbox" << "Inbox";
-        QTest::newRow("cut to 254") << longName << "return" << false << longName.left(254) << longName.left(254);
-        QTest::newRow("escape restores") << "Never mind" << "escape" << false << "Inbox" << "Inbox";
-        QTest::newRow("focus loss commits") << "Elsewhere" << "focus" << false << "Elsewhere" << "Elsewhere";
-        QTest::newRow("server refuses: tab keeps the text") << "Refused" << "return" << true << "Refused" << "Inbox";
+        QTest::addColumn<QString>("told");       // the one message in the status bar, if any
+        const QString longName(130, 'x');
+        const QString limit = QStringLiteral("A clipboard name has at most 100 characters.");
+        QTest::newRow("new name") << "Projects" << "return" << false << "Projects" << "Projects" << "";
+        // Failed before: an empty name reverted without a word, a long one was
+        // shown on the tab but never saved, a refused one looked renamed.
+        QTest::newRow("empty name refused") << "<clear>" << "return" << false << "Inbox" << "Inbox"
+                                            << "A clipboard needs a name: Inbox keeps its name.";
+        QTest::newRow("blank name refused") << "   " << "return" << false << "Inbox" << "Inbox"
+                                            << "A clipboard needs a name: Inbox keeps its name.";
+        QTest::newRow("typed beyond 100") << longName << "return" << false << longName.left(100) << longName.left(100)
+                                          << limit;
+        QTest::newRow("pasted beyond 100") << "<paste>" << "return" << false << QString(100, 'p') << QString(100, 'p')
+                                           << limit;
+        QTest::newRow("escape restores") << "Never mind" << "escape" << false << "Inbox" << "Inbox" << "";
+        QTest::newRow("focus loss commits") << "Elsewhere" << "focus" << false << "Elsewhere" << "Elsewhere" << "";
+        QTest::newRow("server refuses: tab keeps the text") << "Refused" << "return" << true << "Refused" << "Inbox"
+                                                            << "Clipboard Inbox could not be renamed.";
     }
 
     void rename()
@@ -312,20 +324,26 @@ private slots:
         QFETCH(bool, serverFails);
         QFETCH(QString, title);
         QFETCH(QString, serverName);
+        QFETCH(QString, told);
         m_classify->addClipboard("Other");
         const QString inbox = m_classify->addClipboard("Inbox");
         start();
         QApplication::setActiveWindow(m_window); // no window manager under Xvfb to do it
         m_classify->log().setFailing("renameClipboard", serverFails);
+        SnackbarCatcher snackbars;
 
         QLineEdit *editor = startRename(1);
         QVERIFY(editor);
         QTRY_VERIFY(editor->hasFocus());
         QCOMPARE(editor->selectedText(), QStringLiteral("Inbox"));
-        if (typed == "<clear>")
+        if (typed == "<clear>") {
             QTest::keyClick(editor, Qt::Key_Backspace);
-        else
+        } else if (typed == "<paste>") {
+            QApplication::clipboard()->setText(QString(150, 'p'));
+            QTest::keyClick(editor, Qt::Key_V, Qt::ControlModifier);
+        } else {
             QTest::keyClicks(editor, typed);
+        }
         if (finish == "focus")
             filterField()->setFocus();
         else
@@ -340,6 +358,8 @@ private slots:
         QVERIFY(!m_tabs->tabBar()->signalsBlocked());
         m_tabs->updateData();
         QCOMPARE(m_tabs->tabText(1), serverName);
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(snackbars.texts, told.isEmpty() ? QStringList() : QStringList{QStringLiteral("app:") + told});
     }
 
     void readOnlyIsProtected()
