@@ -2,6 +2,10 @@
 // a removal taken back with Undo in the status bar.
 #include "e2etest.h"
 
+namespace {
+const QString kShort = QStringLiteral("Kurz"); // renamed by the refusals
+} // namespace
+
 class tst_E2eClipboards : public E2eTest
 {
     Q_OBJECT
@@ -14,7 +18,13 @@ class tst_E2eClipboards : public E2eTest
     }
 
 private slots:
-    void initTestCase() { QVERIFY2(startProduct(), qPrintable(lastError())); }
+    void initTestCase()
+    {
+        QVERIFY2(startProduct([](E2eArchive &archive) {
+                     return !archive.createClipboard(kShort).isEmpty() && archive.fill(kShort, 2);
+                 }),
+                 qPrintable(lastError()));
+    }
     void cleanup() { E2eTest::cleanup(); }
     void cleanupTestCase() { stopAll(); }
 
@@ -89,7 +99,39 @@ private slots:
         QVERIFY(card(entries.first().docId).isValid());
     }
 
+    // Failed before: an empty name reverted without a word; a name over 100
+    // characters showed on the tab but the archive never took it.
+    void renameRefusals()
+    {
+        renameTab(kShort, {});
+        QVERIFY2(waitForStatus(QStringLiteral("A clipboard needs a name: %1 keeps its name.").arg(kShort)),
+                 qPrintable(statusText()));
+        E2E_VERIFY_SOON(tab(kShort).isValid(), 10000);
+        QVERIFY(archive().clipboardNames().contains(kShort));
+
+        const QString longName = QStringLiteral("Eingang ") + QString(112, QLatin1Char('x'));
+        renameTab(kShort, longName);
+        QVERIFY2(waitForStatus(QStringLiteral("A clipboard name has at most 100 characters.")),
+                 qPrintable(statusText()));
+        E2E_VERIFY2_SOON(archive().clipboardNames().contains(longName.left(100)), 15000,
+                         qPrintable(archive().clipboardNames().join(", ")));
+        E2E_VERIFY_SOON(tab(longName.left(100)).isValid(), 10000);
+    }
+
 private:
+    // Double-clicks the tab, replaces its title by text (none: empties it) and presses Return.
+    void renameTab(const QString &title, const QString &text)
+    {
+        QVERIFY(showTab(title));
+        input().doubleClick(centreOf(tab(title)));
+        input().key(QStringLiteral("ctrl+a"));
+        if (text.isEmpty())
+            input().key(QStringLiteral("BackSpace"));
+        else
+            input().type(text);
+        input().key(QStringLiteral("Return"));
+    }
+
     void removeWithMenu(const QString &name)
     {
         QVERIFY(showTab(name));
