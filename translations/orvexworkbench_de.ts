@@ -148,7 +148,7 @@
     </message>
     <message>
         <source>do_archive</source>
-        <translation>Archivieren</translation>
+        <translation>Trotzdem archivieren</translation>
     </message>
     <message>
         <source>Discard</source>

@@ -807,7 +807,11 @@ bool OrvexArchiveWorker::uploadFile(QString archiveData, QString filePath, bool 
             OrvexDuplicatesDlg dialog(m_parentWidget);
             connect(&dialog, &OrvexDuplicatesDlg::cancelAll, progress, &OrvexFileCopy::emitCancelClicked);
             dialog.setCancelAllVisible(m_fileCount > 1);
-            dialog.setButtonNames(tr("do_archive"), tr("Discard"));
+            // The accept text is a key for the catalogues: one that names it
+            // gives the words, else the English ones show, never the key.
+            const QString archiveText = tr("do_archive");
+            dialog.setButtonNames(archiveText == QLatin1String("do_archive") ? tr("Archive Anyway") : archiveText,
+                                  tr("Discard"));
             dialog.setOriginals(parsed.originals());
             dialog.setDuplicates(duplicates);
             archive = dialog.exec() == QDialog::Accepted;
