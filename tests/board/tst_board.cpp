@@ -766,6 +766,24 @@ private slots:
                                        "    && r.bottom <= Math.min(h, a.bottom) ? 'inside' : JSON.stringify(r) + ' in ' + JSON.stringify(a);"
                                        "})()").arg(button, area);
         QTRY_COMPARE_WITH_TIMEOUT(js(board, inside).toString(), QString("inside"), kTimeout);
+        // And nothing lies over it: each entry is what the user's pointer meets
+        // there (failed before: the card beside it covered its right part).
+        const QString uncovered = QString("(function () {"
+                                          "  var hidden = [];"
+                                          "  document.querySelectorAll('ul[for=\"%1\"] > li').forEach(function (li) {"
+                                          "    var r = li.getBoundingClientRect();"
+                                          "    [r.left + 4, (r.left + r.right) / 2, r.right - 4].forEach(function (x) {"
+                                          "      var hit = document.elementFromPoint(x, (r.top + r.bottom) / 2);"
+                                          "      if (!hit || !li.contains(hit)) hidden.push(li.textContent + ' at ' + Math.round(x));"
+                                          "    });"
+                                          "  });"
+                                          "  return hidden.join(', ');"
+                                          "})()").arg(button);
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, uncovered).toString(), QString(), kTimeout);
+        // Closed, its card goes back among the others.
+        js(board, "$(document).trigger($.Event('keydown', {key: 'Escape'})); null;");
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "document.querySelectorAll('.orvex-card--menu-open').length").toInt(), 0,
+                                  kTimeout);
     }
 
     // Regression: the enlarged preview (the focused thumbnail) stayed open after a card drag and on Escape.
