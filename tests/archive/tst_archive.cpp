@@ -9,6 +9,7 @@
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
 #include "orvexstorageerror.h"
+#include "hostilenotes.h"
 #include "testpgserver.h"
 
 #include <QElapsedTimer>
@@ -114,6 +115,8 @@ private slots:
     void clipboardsPerUser();
     void clipboardEntriesAndNotes();
     void clipboardLifecycle();
+    void hostileNotesKeptExactly_data();
+    void hostileNotesKeptExactly();
     void refusedWrites_data();
     void refusedWrites();
     void searchByEntries();
@@ -383,6 +386,28 @@ void tst_Archive::clipboardLifecycle()
     QVERIFY(classify()->removeClipboard(uuid));
     QVERIFY(!clipboardFlags(classify()).contains(QStringLiteral("test Vertrieb")));
     QVERIFY(!classify()->getClipboardDocuments(uuid, entries, comments));
+}
+
+void tst_Archive::hostileNotesKeptExactly_data()
+{
+    QTest::addColumn<QString>("note");
+    for (const HostileNote &note : hostileNotes())
+        QTest::newRow(note.fault) << note.text;
+}
+
+// Whatever a user typed is stored and answered exactly, by either backend.
+void tst_Archive::hostileNotesKeptExactly()
+{
+    QFETCH(QString, note);
+    const QString uuid = classify()->createClipboard(QStringLiteral("test Notizen"));
+    QVERIFY2(!uuid.isEmpty(), qPrintable(classifyError()));
+    const OrvexArchiveDocument doc = document(0);
+    QVERIFY(classify()->addToClipboard(uuid, QString::number(doc.id), QString::number(doc.docsId)));
+    QVERIFY2(classify()->setClipboardComment(uuid, QString::number(doc.docsId), note), qPrintable(classifyError()));
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(comments, QStringList{note});
+    QVERIFY(classify()->removeClipboard(uuid));
 }
 
 void tst_Archive::refusedWrites_data()
