@@ -55,6 +55,7 @@ translations:
 	lupdate -no-obsolete -locations none src -ts translations/orvexworkbench_de.ts
 	lupdate -no-obsolete -locations none host -ts translations/orvexhost_de.ts
 	lupdate -no-obsolete -locations none archive -ts translations/orvexarchive_de.ts
+	lupdate -no-obsolete -locations none -pluralonly src -ts translations/orvexworkbench_en.ts
 	lupdate -no-obsolete -locations none -pluralonly host -ts translations/orvexhost_en.ts
 
 clean:

@@ -628,7 +628,8 @@ bool OrvexClassifyClient::setClipboardComment(QString clipboardId, QString docsI
     qlonglong entry = 0;
     if (!parseId(docsId, entry))
         return fail(QStringLiteral("Not an entry id: %1").arg(docsId));
-    if (text.size() > OrvexArchiveStore::MaxNoteLength)
+    // Characters as the user counts them: an emoji, two UTF-16 units, is one.
+    if (text.toUcs4().size() > OrvexArchiveStore::MaxNoteLength)
         return fail(QStringLiteral("A note has at most %1 characters").arg(OrvexArchiveStore::MaxNoteLength));
     return writeAs([&](QSqlDatabase &db, QString &error) {
         if (!require(db, clipboardId, Right::Edit, error))

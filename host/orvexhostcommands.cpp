@@ -298,22 +298,11 @@ bool OrvexHostCommands::exportDocuments(const QStringList &cardIds)
         return fail(tr("Export documents"),
                     tr("The documents could not be exported: %1").arg(m_worker->getLastError()));
     }
-    // Only files on disk count: a kept file, a failed copy or unconfirmed
-    // names leave documents out, and the message says which and why.
-    const int wanted = documents.docIds.size();
-    const QString target = QDir::toNativeSeparators(folder);
-    QString told;
-    if (written.size() >= wanted)
-        told = tr("Exported %n document(s) to %1.", nullptr, written.size()).arg(target);
-    else if (written.isEmpty())
-        told = tr("No document was exported.");
-    else
-        told = tr("Exported %1 of %n document(s) to %2.", nullptr, wanted).arg(written.size()).arg(target);
-    const QStringList shortfall = m_worker->exportShortfall();
-    if (written.size() < wanted && !shortfall.isEmpty())
-        told += QLatin1Char(' ') + shortfall.join(QLatin1Char(' '));
-    emit message(withUnknownCards(told, documents));
-    return written.size() >= wanted;
+    // Only files written count as done; the message names each one left out and why.
+    const OrvexExportSummary summary = m_worker->exportSummary();
+    emit message(withUnknownCards(
+        tr("Export to %1: %2").arg(QDir::toNativeSeparators(folder), summary.textWithReasons()), documents));
+    return summary.exported == documents.docIds.size();
 }
 
 bool OrvexHostCommands::mailDocuments(const QStringList &cardIds)

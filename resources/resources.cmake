@@ -42,5 +42,6 @@ file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc.in
 configure_file(${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc.in ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc COPYONLY)
 list(APPEND ORVEX_RESOURCE_FILES ${CMAKE_CURRENT_BINARY_DIR}/pagelibs.qrc)
 
-# The workbench's German catalogue.
-orvex_add_translations(orvexworkbench translations ${CMAKE_SOURCE_DIR}/translations/orvexworkbench_de.ts)
+# The workbench's German catalogue and the English plural forms.
+orvex_add_translations(orvexworkbench translations ${CMAKE_SOURCE_DIR}/translations/orvexworkbench_de.ts
+  ${CMAKE_SOURCE_DIR}/translations/orvexworkbench_en.ts)

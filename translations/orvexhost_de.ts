@@ -249,17 +249,6 @@
         <translation>Die Dokumente konnten nicht exportiert werden: %1</translation>
     </message>
     <message>
-        <source>No document was exported.</source>
-        <translation>Es wurde kein Dokument exportiert.</translation>
-    </message>
-    <message numerus="yes">
-        <source>Exported %n document(s) to %1.</source>
-        <translation>
-            <numerusform>%n Dokument nach %1 exportiert.</numerusform>
-            <numerusform>%n Dokumente nach %1 exportiert.</numerusform>
-        </translation>
-    </message>
-    <message>
         <source>Mailing canceled.</source>
         <translation>E-Mail-Versand abgebrochen.</translation>
     </message>
@@ -289,12 +278,9 @@
             <numerusform>%n Dokumente werden an das E-Mail-Programm übergeben ...</numerusform>
         </translation>
     </message>
-    <message numerus="yes">
-        <source>Exported %1 of %n document(s) to %2.</source>
-        <translation>
-            <numerusform>%1 von %n Dokument nach %2 exportiert.</numerusform>
-            <numerusform>%1 von %n Dokumenten nach %2 exportiert.</numerusform>
-        </translation>
+    <message>
+        <source>Export to %1: %2</source>
+        <translation>Export nach %1: %2</translation>
     </message>
 </context>
 <context>

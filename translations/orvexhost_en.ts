@@ -59,13 +59,6 @@
         </translation>
     </message>
     <message numerus="yes">
-        <source>Exported %n document(s) to %1.</source>
-        <translation>
-            <numerusform>Exported %n document to %1.</numerusform>
-            <numerusform>Exported %n documents to %1.</numerusform>
-        </translation>
-    </message>
-    <message numerus="yes">
         <source>Handed %n document(s) to the mail program.</source>
         <translation>
             <numerusform>Handed %n document to the mail program.</numerusform>
@@ -77,13 +70,6 @@
         <translation>
             <numerusform>Handing %n document to the mail program...</numerusform>
             <numerusform>Handing %n documents to the mail program...</numerusform>
-        </translation>
-    </message>
-    <message numerus="yes">
-        <source>Exported %1 of %n document(s) to %2.</source>
-        <translation>
-            <numerusform>Exported %1 of %n document to %2.</numerusform>
-            <numerusform>Exported %1 of %n documents to %2.</numerusform>
         </translation>
     </message>
 </context>

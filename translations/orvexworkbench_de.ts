@@ -183,10 +183,6 @@
         <translation>%1 konnte nicht gespeichert werden (%2).</translation>
     </message>
     <message>
-        <source>%1 was left out after an existing file was kept.</source>
-        <translation>%1 wurde ausgelassen, nachdem eine vorhandene Datei behalten wurde.</translation>
-    </message>
-    <message>
         <source>%1 could not be overwritten (%2).</source>
         <translation>%1 konnte nicht überschrieben werden (%2).</translation>
     </message>
@@ -255,6 +251,32 @@
     <message>
         <source>Cancel All</source>
         <translation>Alle abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexExportSummary</name>
+    <message numerus="yes">
+        <source>%n file(s) exported</source>
+        <translation>
+            <numerusform>%n Datei exportiert</numerusform>
+            <numerusform>%n Dateien exportiert</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n skipped</source>
+        <comment>files</comment>
+        <translation>
+            <numerusform>%n übersprungen</numerusform>
+            <numerusform>%n übersprungen</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n failed</source>
+        <comment>files</comment>
+        <translation>
+            <numerusform>%n fehlgeschlagen</numerusform>
+            <numerusform>%n fehlgeschlagen</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -523,6 +545,10 @@
     <message>
         <source>Added %1 document(s) to clipboard %2</source>
         <translation>%1 Dokument(e) zur Zwischenablage %2 hinzugefügt</translation>
+    </message>
+    <message>
+        <source>The note could not be saved. Leave its field again to try once more.</source>
+        <translation>Die Notiz konnte nicht gespeichert werden. Verlassen Sie ihr Feld erneut, um es noch einmal zu versuchen.</translation>
     </message>
     <message>
         <source>Run search</source>

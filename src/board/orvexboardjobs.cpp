@@ -80,7 +80,8 @@ bool orvexboardjobs::updateCards(ClassifyInterface *client, const QString &clipb
     if (!cards.isEmpty() && client) {
         QString filter = QStringLiteral("docs_id in (");
         QStringList entries, comments;
-        if (client->getClipboardDocuments(clipboardId, entries, comments)) {
+        const bool listed = client->getClipboardDocuments(clipboardId, entries, comments);
+        if (listed) {
             for (int i = 0; i < entries.size(); ++i) {
                 const QStringList parts = entries.at(i).split(kSep);
                 const QString docId = parts.value(0);
@@ -88,7 +89,9 @@ bool orvexboardjobs::updateCards(ClassifyInterface *client, const QString &clipb
                 if (!orvexcardscripts::isId(docId) || !orvexcardscripts::isId(docsId))
                     continue;
                 filter += docsId + QLatin1Char(',');
-                const QString comment = orvexcardscripts::escapedNote(comments.value(i));
+                // The note goes on as the server holds it; the script that
+                // carries it into the page encodes it.
+                const QString comment = comments.value(i);
                 if (!cards.contains(docsId))
                     emit doAddCard(docId, docsId, comment);
                 else
@@ -96,6 +99,11 @@ bool orvexboardjobs::updateCards(ClassifyInterface *client, const QString &clipb
                 if (m_stopped)
                     break;
             }
+        } else {
+            // Without the server's entries the info lines of the cards shown are
+            // still refreshed, but which cards are gone is unknown: none goes.
+            for (auto it = cards.cbegin(); it != cards.cend(); ++it)
+                filter += it.key() + QLatin1Char(',');
         }
         filter += QLatin1String("0)");
 
@@ -110,7 +118,7 @@ bool orvexboardjobs::updateCards(ClassifyInterface *client, const QString &clipb
                     stale.remove(cardId);
                     emit cardData(cardId, fields);
                 }
-                for (auto it = stale.cbegin(); it != stale.cend() && !m_stopped; ++it)
+                for (auto it = stale.cbegin(); listed && it != stale.cend() && !m_stopped; ++it)
                     emit doRemoveCard(it.key(), false);
             }
         }

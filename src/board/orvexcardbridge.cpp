@@ -55,9 +55,9 @@ void orvexcardbridge::showClassification(QString id)
     m_board->showClassification(id);
 }
 
-void orvexcardbridge::saveCard(QString id, QString text)
+bool orvexcardbridge::saveCard(QString id, QString text)
 {
-    m_board->saveCard(id, text);
+    return m_board->saveCard(id, text);
 }
 
 void orvexcardbridge::searchCards(QString text)

@@ -30,7 +30,7 @@ public slots:
     void removeCard(QString id, bool doServer);
     void openDocument(QString id, QString bemerkung, QString cardid);
     void showClassification(QString id);
-    void saveCard(QString id, QString text);
+    bool saveCard(QString id, QString text);
     void searchCards(QString text);
     QString getCardPixmap(QString cardid, QString docid, QString curpage);
     void startDrag();

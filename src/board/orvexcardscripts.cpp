@@ -9,17 +9,88 @@ bool orvexcardscripts::isId(const QString &text)
     return number.match(text).hasMatch();
 }
 
-QString orvexcardscripts::escapedNote(const QString &note)
+QString orvexcardscripts::jsString(const QString &text)
 {
-    return QString(note).replace(QLatin1String("'"), QLatin1String("\\'"));
+    QString literal;
+    literal.reserve(text.size() + 2);
+    literal += QLatin1Char('\'');
+    const auto escaped = [&literal](ushort unit) {
+        literal += QStringLiteral("\\u%1").arg(unit, 4, 16, QLatin1Char('0'));
+    };
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        const ushort unit = c.unicode();
+        switch (unit) {
+        case '\\':
+            literal += QLatin1String("\\\\");
+            continue;
+        case '\'':
+            literal += QLatin1String("\\'");
+            continue;
+        case '\n':
+            literal += QLatin1String("\\n");
+            continue;
+        case '\r':
+            literal += QLatin1String("\\r");
+            continue;
+        case '\t':
+            literal += QLatin1String("\\t");
+            continue;
+        case '<':
+            // Harmless to runJavaScript, but the end of a script element should
+            // the text ever be written into one.
+            if (text.midRef(i, 8).compare(QLatin1String("</script"), Qt::CaseInsensitive) == 0
+                || text.midRef(i, 4) == QLatin1String("<!--")) {
+                literal += QLatin1String("\\x3C");
+                continue;
+            }
+            break;
+        default:
+            break;
+        }
+        if (unit < 0x20 || unit == 0x7f || unit == 0x2028 || unit == 0x2029) {
+            escaped(unit); // line terminators end a literal; the others are unreadable
+        } else if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+            literal += c;
+            literal += text.at(++i);
+        } else if (c.isSurrogate()) {
+            escaped(unit); // alone it would not survive the way into the page as UTF-8
+        } else {
+            literal += c;
+        }
+    }
+    literal += QLatin1Char('\'');
+    return literal;
+}
+
+QString orvexcardscripts::htmlText(const QString &text)
+{
+    QString html;
+    html.reserve(text.size());
+    for (const QChar c : text) {
+        if (c == QLatin1Char('&'))
+            html += QLatin1String("&amp;");
+        else if (c == QLatin1Char('<'))
+            html += QLatin1String("&lt;");
+        else if (c == QLatin1Char('>'))
+            html += QLatin1String("&gt;");
+        else
+            html += c;
+    }
+    return html;
+}
+
+QString orvexcardscripts::pageCount(const QString &text)
+{
+    return isId(text) && text.toLongLong() > 0 ? text : QStringLiteral("1");
 }
 
 QString orvexcardscripts::translation(const QString &labelKey, const QString &text)
 {
     QString labelId = labelKey;
     labelId.remove(QLatin1Char(' ')).remove(QLatin1Char('.'));
-    return QStringLiteral("document.getElementById('trans-") + labelId + QStringLiteral("').innerHTML ='")
-           + text + QStringLiteral("';");
+    return QStringLiteral("document.getElementById('trans-") + labelId + QStringLiteral("').innerHTML =")
+           + jsString(htmlText(text)) + QLatin1Char(';');
 }
 
 QString orvexcardscripts::writeable(bool writeable)
@@ -55,21 +126,26 @@ QString orvexcardscripts::countLine(int count, int limit)
 QString orvexcardscripts::cardHtml(const QString &cardTemplate, const QString &docId, const QString &cardId,
                                    const QString &note, const CardTexts &texts)
 {
-    QString html = cardTemplate;
+    // Only the template is put on one line: the texts keep their blanks.
+    QString html = cardTemplate.simplified();
+    // The parser drops a line break right after <textarea>: a note that starts
+    // with one gets a second, which the parser takes instead.
+    const bool leadingBreak = note.startsWith(QLatin1Char('\n')) || note.startsWith(QLatin1Char('\r'));
+    const QString noteHtml = leadingBreak ? QLatin1Char('\n') + htmlText(note) : htmlText(note);
     html.replace(QLatin1String("###card-id###"), cardId)
         .replace(QLatin1String("###main-text###"), docId)
-        .replace(QLatin1String("###LOADING###"), texts.loading)
-        .replace(QLatin1String("###NOTICE###"), texts.notice)
-        .replace(QLatin1String("###OPEN###"), texts.open)
-        .replace(QLatin1String("###REMOVECARD###"), texts.removeCard)
-        .replace(QLatin1String("###SHOWCLASSIFY###"), texts.showClassification)
-        .replace(QLatin1String("###COMMENT###"), escapedNote(note));
-    return html.simplified();
+        .replace(QLatin1String("###LOADING###"), htmlText(texts.loading))
+        .replace(QLatin1String("###NOTICE###"), htmlText(texts.notice))
+        .replace(QLatin1String("###OPEN###"), htmlText(texts.open))
+        .replace(QLatin1String("###REMOVECARD###"), htmlText(texts.removeCard))
+        .replace(QLatin1String("###SHOWCLASSIFY###"), htmlText(texts.showClassification))
+        .replace(QLatin1String("###COMMENT###"), noteHtml);
+    return html;
 }
 
 QString orvexcardscripts::appendCard(const QString &cardHtml, const QString &docId, const QString &cardId)
 {
-    return QStringLiteral("$('#overview').append('") + cardHtml + QStringLiteral("');getCardPixmap('") + cardId
+    return QStringLiteral("$('#overview').append(") + jsString(cardHtml) + QStringLiteral(");getCardPixmap('") + cardId
            + QStringLiteral("','") + docId + QStringLiteral("','0','img-") + cardId
            + QStringLiteral("');checkButtons(") + cardId + QStringLiteral(");");
 }
@@ -103,17 +179,17 @@ QString orvexcardscripts::note(const QString &cardId, const QString &note)
                                          : QStringLiteral("addClass('is-dirty')");
     return QStringLiteral("if(document.activeElement!==document.getElementById('textarea-") + cardId
            + QStringLiteral("')){$('#textarea-") + cardId + QStringLiteral("').parent().") + dirty
-           + QStringLiteral(";$('#textarea-") + cardId + QStringLiteral("').val('") + note
-           + QStringLiteral("');}null;");
+           + QStringLiteral(";$('#textarea-") + cardId + QStringLiteral("').val(") + jsString(note)
+           + QStringLiteral(");}null;");
 }
 
 QString orvexcardscripts::cardData(const QString &cardId, const QString &status, const QString &type,
                                    const QString &note)
 {
-    return QStringLiteral("$('#status-") + cardId + QStringLiteral("').text('") + status
-           + QStringLiteral("');$('#doctype-") + cardId + QStringLiteral("').text('") + type
-           + QStringLiteral("');$('#comment-") + cardId + QStringLiteral("').text('") + escapedNote(note)
-           + QStringLiteral("');null;");
+    return QStringLiteral("$('#status-") + cardId + QStringLiteral("').text(") + jsString(status)
+           + QStringLiteral(");$('#doctype-") + cardId + QStringLiteral("').text(") + jsString(type)
+           + QStringLiteral(");$('#comment-") + cardId + QStringLiteral("').text(") + jsString(note)
+           + QStringLiteral(");null;");
 }
 
 QString orvexcardscripts::showCards(const QStringList &cardIds, const QSet<QString> &visible)

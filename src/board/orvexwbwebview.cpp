@@ -218,6 +218,11 @@ bool orvexwbwebview::isStopped() const
     return m_jobs->isStopped();
 }
 
+bool orvexwbwebview::isUpdating() const
+{
+    return m_updating;
+}
+
 int orvexwbwebview::cardLimit()
 {
     return 200;
@@ -571,19 +576,21 @@ void orvexwbwebview::clearClipboard()
         m_classifyClient->clearClipboard(m_id);
 }
 
-void orvexwbwebview::saveCard(QString id, QString text)
+bool orvexwbwebview::saveCard(QString id, QString text)
 {
     if (!m_classifyClient || !isId(id))
-        return;
-    m_classifyClient->setClipboardComment(m_id, id, text);
+        return false;
+    if (m_classifyClient->setClipboardComment(m_id, id, text))
+        return true;
+    // The page keeps the note as typed and offers it again when its field is left.
+    QSnackbarEvent(tr("The note could not be saved. Leave its field again to try once more.")).send();
+    return false;
 }
 
 void orvexwbwebview::updateComment(QString id, QString comment)
 {
     if (!isId(id))
         return;
-    // Deliberately unescaped: the notes that reach this point come from the
-    // update job, which has escaped them already.
     emit javascript(orvexcardscripts::note(id, comment));
     emit javascript(orvexcardscripts::readOnly(id, m_writeable));
 }
@@ -697,6 +704,9 @@ void orvexwbwebview::searchCards(QString text)
                                QStringLiteral("OPT:LIMIT;1000")};
     orvexDebug() << "DOCFILTER:" << criteria;
     const QStringList rows = m_classifyClient->searchDocuments(criteria);
+    // Not even the header row: the search failed, and the board stays as it is.
+    if (rows.isEmpty())
+        return;
 
     QSet<QString> found;
     for (int r = 1; r < rows.size(); ++r)
@@ -730,15 +740,28 @@ void orvexwbwebview::setPermissions()
 {
     if (!m_classifyClient || !m_writeable)
         return;
-    orvexcbrights dialog(m_id, m_classifyClient, this);
-    if (dialog.exec() != QDialog::Accepted)
+    // On the heap: when the board goes while the dialog is open, the dialog
+    // goes with it and the wait ends.
+    QPointer<orvexcbrights> dialog(new orvexcbrights(m_id, m_classifyClient, this));
+    const int result = dialog->exec();
+    if (!dialog)
         return;
-    if (dialog.getWriteRoles().isEmpty()) {
+    const QStringList roles = dialog->getRoles();
+    const bool nobodyEdits = dialog->getWriteRoles().isEmpty();
+    delete dialog;
+    if (result != QDialog::Accepted)
+        return;
+    if (nobodyEdits) {
         // Nobody could edit the clipboard any more: refuse and store nothing.
-        QMessageBox::critical(this, tr("Error"), tr("The Card must be editable at least from a role!"),
-                              QMessageBox::Ok);
+        QPointer<QMessageBox> box(new QMessageBox(QMessageBox::Critical, tr("Error"),
+                                                  tr("The Card must be editable at least from a role!"),
+                                                  QMessageBox::Ok, this));
+        box->exec();
+        if (!box)
+            return;
+        delete box;
     } else {
-        m_classifyClient->setClipboardRoles(m_id, dialog.getRoles());
+        m_classifyClient->setClipboardRoles(m_id, roles);
     }
     emit reloadClipboards();
 }
@@ -766,9 +789,9 @@ void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpag
 {
     Q_UNUSED(docid)
     Q_UNUSED(curpage)
-    if (isStopped() || !isId(cardid) || !isId(pageCount))
+    if (isStopped() || !isId(cardid))
         return;
-    const QString script = orvexcardscripts::thumbnailPages(cardid, pageCount);
+    const QString script = orvexcardscripts::thumbnailPages(cardid, orvexcardscripts::pageCount(pageCount));
     m_jobs->start([this, cardid, script, pix] { setPix(cardid, script, pix); });
 }
 
@@ -779,7 +802,8 @@ void orvexwbwebview::setPix(QString cardid, QString javascript, QPixmap pix)
 
 void orvexwbwebview::doReloadCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount)
 {
-    if (!isId(cardid) || !isId(docid) || !isId(curpage) || !isId(pageCount))
+    if (!isId(cardid) || !isId(docid) || !isId(curpage))
         return;
-    emit javascript(orvexcardscripts::reloadThumbnail(cardid, docid, curpage, pageCount));
+    emit javascript(
+        orvexcardscripts::reloadThumbnail(cardid, docid, curpage, orvexcardscripts::pageCount(pageCount)));
 }

@@ -76,6 +76,8 @@ public:
     QStringList cardIds() const;
     QString documentIdOf(const QString &cardId) const;
     bool isStopped() const;
+    // Whether a background update is running.
+    bool isUpdating() const;
     static int cardLimit();
 
     // Whether a drag carrying data may be dropped here: a writeable board with
@@ -111,7 +113,8 @@ public slots:
     void clearClipboard();
     void removeClipboard();
     void searchCards(QString text);
-    void saveCard(QString id, QString text);
+    // Stores a card's note as the user typed it; false when the server refused it.
+    bool saveCard(QString id, QString text);
     void openDocument(QString id, QString bemerkung, QString cardid);
     void showClassification(QString id);
     QString getCardPixmap(QString cardid, QString docid, QString curpage);

@@ -6,6 +6,7 @@
 #include "orvexdragids.h"
 #include "orvexlog.h"
 #include "orvexlogindata.h"
+#include "qsnackbarevent.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -290,7 +291,12 @@ QList<QUrl> OrvexMimeData::getUrlList(bool exportNames) const
             docsIdTexts << QString::number(docsId);
         names = client->getDocumentFileNames(entries, docsIdTexts);
         if (names.size() != docsIdTexts.size()) {
-            QMessageBox::warning(nullptr, tr("Warning"), tr("Permission denied."), QMessageBox::Ok);
+            // A target may probe many times while the button is held: the user
+            // hears of it once per drag.
+            if (!m_permissionDenied) {
+                m_permissionDenied = true;
+                QMessageBox::warning(nullptr, tr("Warning"), tr("Permission denied."), QMessageBox::Ok);
+            }
             return done();
         }
     } else {
@@ -382,6 +388,7 @@ QVariant OrvexMimeData::getFiles(const QString &mimeType, QVariant::Type type) c
         // docs id, so the two lists stay side by side.
         const bool paired = docsIds.size() == stored.size();
         QList<qlonglong> pairedDocsIds;
+        bool versioned = false;
         for (int i = 0; i < stored.size(); ++i) {
             const OrvexDragIds::Entry entry = OrvexDragIds::entry(stored.at(i).toUrl().toString());
             if (!entry.isValid()) {
@@ -389,13 +396,16 @@ QVariant OrvexMimeData::getFiles(const QString &mimeType, QVariant::Type type) c
                 continue;
             }
             docIds << entry.docId.toLongLong();
-            if (!entry.version.isEmpty())
-                versions << entry.version.toLongLong();
+            // -1: the current version, for the entries of a drag that names no version.
+            versions << (entry.version.isEmpty() ? -1 : entry.version.toLongLong());
+            versioned = versioned || !entry.version.isEmpty();
             if (paired)
                 pairedDocsIds << docsIds.at(i);
         }
         if (paired)
             docsIds = pairedDocsIds;
+        if (!versioned)
+            versions.clear();
     }
 
     QStringList files;
@@ -403,10 +413,12 @@ QVariant OrvexMimeData::getFiles(const QString &mimeType, QVariant::Type type) c
         if (!m_archiveWorker) {
             QMessageBox::critical(nullptr, tr("Failed to export: "),
                                   tr("There is no connection to the archive."), QMessageBox::Ok);
-        } else if (!m_archiveWorker->exportDocuments(docIds, docsIds, versions, m_remarks, m_tempDir,
-                                                     false, files, -1, isOffline(m_classifyClient),
-                                                     false, false, QStringLiteral("IGNORE"))
-                   && !m_archiveWorker->isCanceled()) {
+        } else if (m_archiveWorker->exportDocuments(docIds, docsIds, versions, m_remarks, m_tempDir, false, files,
+                                                    -1, isOffline(m_classifyClient), false, false,
+                                                    QStringLiteral("IGNORE"))) {
+            // The drop target shows nothing of it: the host's status line tells what was written.
+            QSnackbarEvent(m_archiveWorker->exportSummary().textWithReasons()).send();
+        } else if (!m_archiveWorker->isCanceled()) {
             QMessageBox::critical(nullptr, tr("Failed to export: "), m_archiveWorker->getLastError(),
                                   QMessageBox::Ok);
         }

@@ -117,4 +117,5 @@ private:
     QString m_tempDirName;
     mutable QVariant m_cachedFiles;
     qint64 m_dndPort = 0;
+    mutable bool m_permissionDenied = false; // the user has been told
 };

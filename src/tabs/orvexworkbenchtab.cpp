@@ -44,6 +44,7 @@ orvexworkbenchtab::orvexworkbenchtab(QWidget *parent)
     setMovable(false);
     setMouseTracking(true);
     connectTabBar();
+    tabBar()->installEventFilter(this);
     addAddTab();
 
     // Stands in for the boards while the filter leaves no tab.
@@ -175,7 +176,15 @@ void orvexworkbenchtab::focusTab()
     orvexDebug() << "FOCUS TAB";
     auto *board = qobject_cast<orvexwbwebview *>(sender());
     if (board && indexOf(board) >= 0)
-        setCurrentWidget(board);
+        showTab(indexOf(board));
+}
+
+void orvexworkbenchtab::showTab(int index)
+{
+    // While a name is edited the tab bar's signals are blocked: switching now
+    // would move the bar but not the board. The editing ends first.
+    setNewTabTitle();
+    setCurrentIndex(index);
 }
 
 void orvexworkbenchtab::setLoaded(bool isLoaded)
@@ -426,6 +435,9 @@ void orvexworkbenchtab::addNewClipboard(QString uuid, QString name, bool focus, 
         timeout.setSingleShot(true);
         connect(board, &QWebEngineView::loadFinished, &loop, &QEventLoop::quit);
         connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
+        // The board goes with the tab set, and whoever deletes either ends the
+        // wait at once rather than when the timeout runs out.
+        connect(board, &QObject::destroyed, &loop, &QEventLoop::quit);
         enterBusy();
         board->load(QUrl(QString::fromLatin1(kBoardPage)));
         timeout.start(kPageLoadTimeout);
@@ -456,7 +468,7 @@ void orvexworkbenchtab::addNewClipboard(QString uuid, QString name, bool focus, 
     m_boards.append(qMakePair(board->getId(), board));
     const int index = addTab(board, titleFor(board->getTabText()));
     if (focus)
-        setCurrentIndex(index);
+        showTab(index);
 
     orvexDebug() << "UPDATE TRANSLATIONS";
     board->updateTranslations();
@@ -471,11 +483,17 @@ void orvexworkbenchtab::removeClipboard(int index)
     orvexwbwebview *board = boardAt(index);
     if (!board || !board->isWriteable() || !m_classifyClient)
         return;
-    QPointer<orvexworkbenchtab> self(this);
-    const QMessageBox::StandardButton answer = QMessageBox::question(
-        this, tr("Remove Clipboard"), tr("Remove Clipboard ") + tabText(index) + QStringLiteral(" ?"),
-        QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
-    if (answer != QMessageBox::Yes || !self || m_destroying)
+    // On the heap: when the tab set goes while the question is open, the box
+    // goes with it and the question ends.
+    QPointer<QMessageBox> question(new QMessageBox(QMessageBox::Question, tr("Remove Clipboard"),
+                                                   tr("Remove Clipboard ") + tabText(index) + QStringLiteral(" ?"),
+                                                   QMessageBox::Yes | QMessageBox::No, this));
+    question->setDefaultButton(QMessageBox::Yes);
+    const int answer = question->exec();
+    if (!question)
+        return;
+    delete question;
+    if (answer != QMessageBox::Yes || m_destroying)
         return;
     // The question ran an event loop: the tab may have moved or gone.
     index = indexOf(board);
@@ -556,7 +574,9 @@ void orvexworkbenchtab::refillChooser()
 
 void orvexworkbenchtab::doRemoveClipboard()
 {
-    removeClipboard(currentIndex());
+    // The board that asks is the one to go, whichever tab is current.
+    auto *board = qobject_cast<orvexwbwebview *>(sender());
+    removeClipboard(board ? indexOf(board) : currentIndex());
 }
 
 void orvexworkbenchtab::editNewTabTitle(int)
@@ -651,10 +671,24 @@ void orvexworkbenchtab::cancelRename()
 
 bool orvexworkbenchtab::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_renameEditor && event->type() == QEvent::KeyPress
-        && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
-        cancelRename();
-        return true;
+    if (m_editingIndex == -1)
+        return QTabWidget::eventFilter(watched, event);
+    if (watched == m_renameEditor && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Escape) {
+            cancelRename();
+            return true;
+        }
+        // Ctrl+Tab switches tabs: the editing ends first, as on Return.
+        if ((key->key() == Qt::Key_Tab || key->key() == Qt::Key_Backtab)
+            && key->modifiers().testFlag(Qt::ControlModifier))
+            setNewTabTitle();
+    } else if (watched == tabBar()
+               && (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::Wheel)) {
+        // A click or a wheel turn on the tab bar may switch tabs, which with the
+        // bar's signals blocked would move the bar but not the board: the
+        // editing ends first, keeping the typed name as Return would.
+        setNewTabTitle();
     }
     return QTabWidget::eventFilter(watched, event);
 }

@@ -87,6 +87,8 @@ private:
     void enterBusy();
     void leaveBusy();
     QString nextNewClipboardName() const;
+    // Makes the tab current, ending a rename in progress first.
+    void showTab(int index);
     QString titleFor(const QString &name) const;
     void decorateTab(int index);
     // Lays the empty state of the filter over the boards' area.

@@ -343,7 +343,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
     m_offlineArchive = offline;
     m_canceled = false;
     m_launches.clear();
-    m_exportShortfall.clear();
+    m_exportSummary = OrvexExportSummary();
     if (!requireClient())
         return false;
     if (docIds.isEmpty())
@@ -394,7 +394,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 
         QString path;
         bool ok;
-        if (versions.isEmpty())
+        if (versions.isEmpty() || versions.at(i) < 0)
             ok = m_client->exportDocument(int(docIds.at(i)), path, exportPurpose, option);
         else if (alternateVersion)
             ok = m_client->exportDocumentVersionAlt(int(docIds.at(i)), int(versions.at(i)), path);
@@ -413,6 +413,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
         const QString named = getNewFileName(path, remarks, docIds.at(i), docsIds.at(i),
                                              versions.isEmpty() ? -1 : versions.at(i), true);
         resultFiles << named;
+        ++m_exportSummary.exported;
         opened << named;
     }
     if (openMode) {
@@ -454,7 +455,8 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             names.setFileList(fetched);
             if (names.exec() != QDialog::Accepted) {
                 deleteFiles(fetched);
-                m_exportShortfall << tr("The file names were not confirmed.");
+                m_exportSummary.skipped = fetched.size();
+                m_exportSummary.reasons << tr("The file names were not confirmed.");
                 return true;
             }
             destinations = names.getFileList();
@@ -463,7 +465,8 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 
     if (!targetDir.endsWith(QDir::separator()))
         targetDir += QDir::separator();
-    bool goOn = true;
+    // A declined overwrite leaves out that one file: the files after it are
+    // still written, new ones at once and existing ones after asking.
     for (int i = 0; i < fetched.size(); ++i) {
         const QString source = QDir::toNativeSeparators(fetched.at(i));
         QString name = plainFileName(QFileInfo(destinations.value(i)).fileName());
@@ -476,35 +479,32 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             const bool moved = !offline && QFile::rename(source, destination);
             QFile copied(source);
             if (!moved && !copied.copy(destination)) {
-                m_exportShortfall << tr("%1 could not be saved (%2).").arg(name, copied.errorString());
+                ++m_exportSummary.failed;
+                m_exportSummary.reasons << tr("%1 could not be saved (%2).").arg(name, copied.errorString());
                 QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be saved!"));
                 return;
             }
             QFile::setPermissions(destination, QFileDevice::Permissions(0x666));
             resultFiles << destination;
+            ++m_exportSummary.exported;
         };
 
         if (!QFileInfo::exists(destination) && !QFileInfo(destination).isSymLink()) {
-            if (goOn)
-                copyOne();
-            else
-                m_exportShortfall << tr("%1 was left out after an existing file was kept.").arg(name);
+            copyOne();
         } else {
             const auto answer = QMessageBox::question(
                 nullptr, tr("File exists"), tr("The file %1 already exists, overwrite?").arg(destination),
                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-            if (answer == QMessageBox::Yes) {
-                QFile old(destination);
-                if (old.remove()) {
-                    copyOne();
-                } else {
-                    m_exportShortfall << tr("%1 could not be overwritten (%2).").arg(name, old.errorString());
-                    QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
-                    goOn = false;
-                }
+            QFile old(destination);
+            if (answer != QMessageBox::Yes) {
+                ++m_exportSummary.skipped;
+                m_exportSummary.reasons << tr("%1 already exists and was kept.").arg(name);
+            } else if (old.remove()) {
+                copyOne();
             } else {
-                m_exportShortfall << tr("%1 already exists and was kept.").arg(name);
-                goOn = false;
+                ++m_exportSummary.failed;
+                m_exportSummary.reasons << tr("%1 could not be overwritten (%2).").arg(name, old.errorString());
+                QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
             }
         }
         if (!offline)
@@ -513,9 +513,9 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
     return true;
 }
 
-QStringList OrvexArchiveWorker::exportShortfall() const
+OrvexExportSummary OrvexArchiveWorker::exportSummary() const
 {
-    return m_exportShortfall;
+    return m_exportSummary;
 }
 
 QString OrvexArchiveWorker::getNewFileName(QString filePath, QMap<QString, QString> remarks,

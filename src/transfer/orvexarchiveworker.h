@@ -1,5 +1,6 @@
 #pragma once
 
+#include "orvexexportsummary.h"
 #include "orvexlauncher.h"
 #include "orvexworkbenchglobal.h"
 
@@ -66,6 +67,10 @@ public:
     bool moveDocToArchive(qlonglong docId, int target);
 
     // Export, mailing and upload
+    // Exports the documents into targetDir (or opens them). versions, when
+    // given, holds one version per document; a negative one stands for the
+    // current version, so that a drag may mix both. The counts of the last
+    // export are in exportSummary().
     bool exportDocuments(QList<qlonglong> docIds, QList<qlonglong> docsIds, QList<qlonglong> versions,
                          QMap<QString, QString> remarks, QString targetDir, bool openMode,
                          QStringList &resultFiles, int purpose, bool offline, bool skipNameDialog,
@@ -77,9 +82,6 @@ public:
     // The programs the last open-mode export or mailing started, each telling
     // its outcome with finished(); none has finished when the call returns.
     QList<OrvexLauncher *> launches() const;
-    // Why the last copy-mode export wrote fewer files than it fetched, one
-    // sentence each (a refused overwrite, a failed copy, unconfirmed names).
-    QStringList exportShortfall() const;
     QString getNewFileName(QString filePath, QMap<QString, QString> remarks, qlonglong docId,
                            qlonglong docsId, qlonglong version, bool rename);
     QString getOfflineFileName(QString filePath, QString remark, qlonglong docId, qlonglong version);
@@ -89,6 +91,9 @@ public:
     // discards. True when the file became a new document (getLastArchivedDocId()).
     // archiveData and flag go to the client's duplicate check unchanged.
     bool uploadFile(QString archiveData, QString filePath, bool flag);
+
+    // What the last export wrote, skipped and failed to write.
+    OrvexExportSummary exportSummary() const;
 
     // Counts and flags
     void setFileCount(int count);
@@ -137,5 +142,5 @@ private:
     QString m_applicationFolder;
     bool m_uploading = false;
     QList<QPointer<OrvexLauncher>> m_launches;
-    QStringList m_exportShortfall;
+    OrvexExportSummary m_exportSummary;
 };

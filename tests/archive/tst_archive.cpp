@@ -9,6 +9,7 @@
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
 #include "orvexstorageerror.h"
+#include "hostilenotes.h"
 #include "testpgserver.h"
 
 #include <QElapsedTimer>
@@ -115,6 +116,8 @@ private slots:
     void clipboardsPerUser();
     void clipboardEntriesAndNotes();
     void clipboardLifecycle();
+    void hostileNotesKeptExactly_data();
+    void hostileNotesKeptExactly();
     void refusedWrites_data();
     void refusedWrites();
     void searchByEntries();
@@ -361,6 +364,11 @@ void tst_Archive::clipboardLifecycle()
                                    QString::number(second.id) + kSep + QString::number(second.docsId)}));
 
     const QString longest(OrvexArchiveStore::MaxNoteLength, QChar(0x00e4));
+    // The limit counts characters: 1024 emoji, two UTF-16 units each, were refused.
+    const QString emoji = QString::fromUtf8("\xF0\x9F\x98\x80").repeated(OrvexArchiveStore::MaxNoteLength);
+    QVERIFY2(classify()->setClipboardComment(uuid, QString::number(second.docsId), emoji), qPrintable(classifyError()));
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(comments.value(1), emoji);
     QVERIFY(classify()->setClipboardComment(uuid, QString::number(second.docsId), longest));
     QVERIFY(classify()->setClipboardComment(uuid, QString::number(first.docsId), QStringLiteral("it's \"quoted\"")));
     QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
@@ -379,6 +387,28 @@ void tst_Archive::clipboardLifecycle()
     QVERIFY(classify()->removeClipboard(uuid));
     QVERIFY(!clipboardFlags(classify()).contains(QStringLiteral("test Vertrieb")));
     QVERIFY(!classify()->getClipboardDocuments(uuid, entries, comments));
+}
+
+void tst_Archive::hostileNotesKeptExactly_data()
+{
+    QTest::addColumn<QString>("note");
+    for (const HostileNote &note : hostileNotes())
+        QTest::newRow(note.fault) << note.text;
+}
+
+// Whatever a user typed is stored and answered exactly, by either backend.
+void tst_Archive::hostileNotesKeptExactly()
+{
+    QFETCH(QString, note);
+    const QString uuid = classify()->createClipboard(QStringLiteral("test Notizen"));
+    QVERIFY2(!uuid.isEmpty(), qPrintable(classifyError()));
+    const OrvexArchiveDocument doc = document(0);
+    QVERIFY(classify()->addToClipboard(uuid, QString::number(doc.id), QString::number(doc.docsId)));
+    QVERIFY2(classify()->setClipboardComment(uuid, QString::number(doc.docsId), note), qPrintable(classifyError()));
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(comments, QStringList{note});
+    QVERIFY(classify()->removeClipboard(uuid));
 }
 
 void tst_Archive::refusedWrites_data()
@@ -423,6 +453,9 @@ void tst_Archive::refusedWrites_data()
         << QStringList{QString::number(archive().documents().at(0).id), QString()} << "already on the clipboard";
     QTest::newRow("note over 1024") << QString() << own << "note"
         << QStringList{QString::number(archive().documents().at(0).docsId), QString(1025, 'x')} << "at most 1024";
+    QTest::newRow("note over 1024 emoji") << QString() << own << "note"
+        << QStringList{QString::number(archive().documents().at(0).docsId),
+                       QString::fromUtf8("\xF0\x9F\x98\x80").repeated(1025)} << "at most 1024";
     QTest::newRow("note on missing entry") << QString() << own << "note" << QStringList{"424242", "n"} << "not on the clipboard";
     QTest::newRow("note non-numeric entry") << QString() << own << "note" << QStringList{"abc", "n"} << "Not an entry id";
     QTest::newRow("remove missing entry") << QString() << own << "removeEntry" << QStringList{"424242"} << "not on the clipboard";

@@ -240,6 +240,11 @@ void tst_ServerFaults::largeFileStreamsInChunks()
     client->discardUpload(uploadId);
     const qint64 growth = peakMemory() - before;
     qInfo("peak memory grew by %lld kB for a %d MB upload", growth, megabytes);
+#if defined(__SANITIZE_ADDRESS__)
+    // The address sanitizer keeps freed blocks in quarantine, so the peak says
+    // nothing about what the code holds at once.
+    QSKIP("peak memory is not meaningful under the address sanitizer");
+#endif
     QVERIFY2(growth < megabytes * 1024 / 3, qPrintable(QStringLiteral("grew by %1 kB").arg(growth)));
 }
 

@@ -1,12 +1,15 @@
 // The card board with its real page in QtWebEngine: every check reads the DOM
 // back through runJavaScript, against the recording client doubles.
+#include "boardpage.h"
 #include "dropdelivery.h"
 #include "modalanswerer.h"
+#include "orvexcardscripts.h"
 #include "orvextranslations.h"
 #include "qsnackbarevent.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "snackbarcatcher.h"
 
 #include <QPointer>
 #include <QProgressDialog>
@@ -15,19 +18,19 @@
 #include <QTabWidget>
 #include <QThread>
 #include <QWebEnginePage>
-#include <QWebEngineSettings>
-#include <QTranslator>
 #include <QScopeGuard>
+#include <QTranslator>
 #include <QtTest>
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace {
 
 const QChar kSep(0xFEFF);
-const int kTimeout = 20000;
+const int kTimeout = BoardPage::Timeout;
 
 // Whether an operation the board must keep off the GUI thread ever ran on it.
 struct GuiThreadWatch
@@ -40,12 +43,16 @@ class ArchiveDouble : public RecordingArchiveClient
 {
 public:
     GuiThreadWatch watch;
-    QByteArray getDocumentThumbnail(int docId, int page, int size, int &pageCount, QString &format,
+    std::optional<int> pageCount; // answered instead of the document's
+    QByteArray getDocumentThumbnail(int docId, int page, int size, int &pages, QString &format,
                                     int option1, int option2, int version) override
     {
         watch.note();
-        return RecordingArchiveClient::getDocumentThumbnail(docId, page, size, pageCount, format,
-                                                            option1, option2, version);
+        const QByteArray image = RecordingArchiveClient::getDocumentThumbnail(docId, page, size, pages, format,
+                                                                              option1, option2, version);
+        if (pageCount)
+            pages = *pageCount;
+        return image;
     }
 };
 
@@ -74,15 +81,7 @@ public:
     }
 };
 
-// Runs a script in the page and waits for its result.
-QVariant js(QWebEngineView *view, const QString &script)
-{
-    auto state = std::make_shared<QPair<bool, QVariant>>(false, QVariant());
-    view->page()->runJavaScript(script, [state](const QVariant &result) { *state = {true, result}; });
-    if (!QTest::qWaitFor([state] { return state->first; }, kTimeout))
-        qWarning() << "script did not answer:" << script;
-    return state->second;
-}
+QVariant js(QWebEngineView *view, const QString &script) { return BoardPage::run(view, script); }
 
 // The texts of the status messages posted while it lives.
 struct Snackbars : QObject
@@ -332,9 +331,8 @@ private slots:
     {
         orvexwbwebview *board = boardWith(2);
 
-        // Leaving the note field saves it.
-        js(board, "$('#textarea-500').val('Check the total');"
-                  "document.getElementById('textarea-500').dispatchEvent(new FocusEvent('blur'))");
+        // Leaving an edited note field saves it.
+        typeNote(board, "500", "Check the total");
         QTRY_COMPARE_WITH_TIMEOUT(count("setClipboardComment"), 1, kTimeout);
         QCOMPARE(m_classify->log().last("setClipboardComment").args, QVariantList({m_clip, "500", "Check the total"}));
 
@@ -355,6 +353,86 @@ private slots:
         board->updateCards();
         QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), QString("Also elsewhere"), kTimeout);
         QCOMPARE(value(board, "#textarea-500"), QString("Half a sent"));
+    }
+
+    // What the user typed into a note field stays there until it is saved.
+    void notesLeftAsTyped_data()
+    {
+        QTest::addColumn<QString>("stored");  // the note on the server
+        QTest::addColumn<QString>("typed");   // null: the field is entered and left without an edit
+        QTest::addColumn<bool>("changedElsewhere"); // an update brings another note while it is typed
+        QTest::addColumn<bool>("refused");    // the server refuses to save
+        QTest::newRow("leaving an unedited field saved it") << "Anna's" << QString() << false << false;
+        QTest::newRow("C:\\temp\\new was saved back as tab and line feed")
+            << "C:\\temp\\new" << QString() << false << false;
+        QTest::newRow("an update replaced the note being typed") << "old" << "my words" << true << false;
+        QTest::newRow("a refused note was replaced by the next update") << "old" << "my words" << true << true;
+    }
+
+    void notesLeftAsTyped()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, typed);
+        QFETCH(bool, changedElsewhere);
+        QFETCH(bool, refused);
+        addCards(1);
+        m_classify->setClipboardComment(m_clip, "500", stored);
+        orvexwbwebview *board = createBoard();
+        waitForCards(board, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-500"), stored, kTimeout);
+        const auto saves = [this](const QString &text) {
+            int saved = 0;
+            for (const CallLog::Call &call : m_classify->log().callsOf("setClipboardComment"))
+                saved += call.args.value(2).toString() == text ? 1 : 0;
+            return saved;
+        };
+
+        if (typed.isNull()) {
+            typeNote(board, "500", typed);
+            runUpdate(board);
+            QCOMPARE(count("setClipboardComment"), 1); // the test's own
+            QCOMPARE(value(board, "#textarea-500"), stored);
+            return;
+        }
+        typeNote(board, "500", typed, false);
+        if (changedElsewhere) {
+            m_classify->setClipboardComment(m_clip, "500", "changed elsewhere");
+            runUpdate(board);
+            QCOMPARE(value(board, "#textarea-500"), stored + typed);
+        }
+        m_classify->log().setFailing("setClipboardComment", refused);
+        SnackbarCatcher snackbars;
+        typeNote(board, "500", QString());
+        QTRY_COMPARE_WITH_TIMEOUT(saves(stored + typed), 1, kTimeout);
+        QTRY_COMPARE(snackbars.texts.size(), refused ? 1 : 0); // the user is told
+        QCOMPARE(m_classify->clipboard(m_clip).entries.at(0).comment,
+                 refused ? QString("changed elsewhere") : stored + typed);
+        // Refused, the note stays as typed, and leaving the field again offers it again.
+        runUpdate(board);
+        QCOMPARE(value(board, "#textarea-500"), stored + typed);
+        if (!refused)
+            return;
+        m_classify->log().setFailing("setClipboardComment", false);
+        typeNote(board, "500", QString());
+        QTRY_COMPARE_WITH_TIMEOUT(saves(stored + typed), 2, kTimeout);
+        QCOMPARE(m_classify->clipboard(m_clip).entries.at(0).comment, stored + typed);
+    }
+
+    // Texts from the server and the catalogue are shown as the characters
+    // they are: markup in them is not parsed.
+    void textsShownAsText()
+    {
+        const QString markup = "<b>bold</b> & <img src=x onerror=\"window.hacked=1\"> &amp;";
+        m_classify->setDocumentType("T1", markup);
+        addCards(1);
+        m_classify->addDocument({"100", markup + " title", "T1", "S1", "", 1});
+        orvexwbwebview *board = createBoard();
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#doctype-500"), markup, kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-500"), markup + " title", kTimeout);
+        board->doJavascript(orvexcardscripts::translation("Permissions", markup));
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#trans-Permissions"), markup, kTimeout);
+        QCOMPARE(js(board, "$('b, img:not([id^=img-])').length").toInt(), 0);
+        QCOMPARE(js(board, "typeof window.hacked").toString(), QString("undefined"));
     }
 
     void search_data()
@@ -412,14 +490,64 @@ private slots:
         QCOMPARE(count("removeFromClipboard"), 0);
         QCOMPARE(m_classify->watch.onGuiThread.load(), 0);
 
-        // A failed query is no empty clipboard.
-        m_classify->log().setFailing("getClipboardDocuments");
-        m_classify->log().setFailing("searchDocuments");
-        const int searches = count("searchDocuments");
-        QTRY_VERIFY_WITH_TIMEOUT((board->updateCards(), count("searchDocuments") >= searches + 2), kTimeout);
+    }
+
+    // A failed query is no empty clipboard and no empty search result.
+    void failedQueriesLeaveTheCards_data()
+    {
+        QTest::addColumn<QStringList>("failing");
+        QTest::addColumn<QString>("search"); // empty: the background update and a reload
+        QTest::newRow("entries failed, search worked: every card went")
+            << QStringList{"getClipboardDocuments"} << QString();
+        QTest::newRow("both failed") << QStringList{"getClipboardDocuments", "searchDocuments"} << QString();
+        QTest::newRow("the search failed") << QStringList{"searchDocuments"} << QString();
+        QTest::newRow("the user's search failed: every card was hidden")
+            << QStringList{"searchDocuments"} << "Title 1";
+    }
+
+    void failedQueriesLeaveTheCards()
+    {
+        QFETCH(QStringList, failing);
+        QFETCH(QString, search);
+        orvexwbwebview *board = boardWith(3);
+        m_classify->setClipboardComment(m_clip, "500", "changed");
+        for (const QString &operation : failing)
+            m_classify->log().setFailing(operation);
+        if (!search.isEmpty()) {
+            board->searchCards(search);
+            QCOMPARE(count("searchDocuments", "OPT:SELECTION;-1"), 1);
+        } else {
+            runUpdate(board);
+            board->reloadCards();
+        }
         QCOMPARE(sections(board), 3);
-        board->reloadCards();
-        QCOMPARE(sections(board), 3);
+        QCOMPARE(js(board, "$('#overview section:visible').length").toInt(), 3);
+        QCOMPARE(board->cardCount(), 3);
+        QCOMPARE(count("removeFromClipboard"), 0);
+    }
+
+    // A page count that is missing, negative or not a number leaves the card
+    // usable, with one page.
+    void pageCountFallback_data()
+    {
+        QTest::addColumn<int>("pages");
+        QTest::newRow("negative: the card stayed on Loading... for good") << -3;
+        QTest::newRow("none") << 0;
+    }
+
+    void pageCountFallback()
+    {
+        QFETCH(int, pages);
+        m_archive->pageCount = pages;
+        orvexwbwebview *board = boardWith(1);
+        QTRY_VERIFY_WITH_TIMEOUT(!imageOf(board, "500").isNull(), kTimeout);
+        QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#img-500"), kTimeout);
+        QVERIFY(!visible(board, "#spinner-500"));
+        QCOMPARE(js(board, "String($('#img-500').data('maxpage'))").toString(), QString("1"));
+        QVERIFY(has(board, "#btn-next-500", "disabled"));
+        board->doReloadCardPixmap("500", "100", "0", QString::number(pages));
+        QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), 2, kTimeout);
+        QCOMPARE(js(board, "String($('#img-500').data('maxpage'))").toString(), QString("1"));
     }
 
     // The page reaches the board's operations and nothing of the view itself.
@@ -516,6 +644,20 @@ private slots:
         } else {
             QCOMPARE(m_classify->log().last("setClipboardRoles").args, QVariantList({m_clip, stored}));
         }
+    }
+
+    // Deleting a board while its permissions dialog waits ends the wait, and
+    // nothing touches the board afterwards.
+    void destroyedWhileItsDialogIsOpen()
+    {
+        m_classify->setAllRoles({"anna"});
+        orvexwbwebview *board = createBoard(true, false);
+        QPointer<orvexwbwebview> guard(board);
+        ModalAnswerer closing([board](QWidget *) { delete board; });
+        board->setPermissions();
+        QVERIFY(closing.answered());
+        QVERIFY(!guard);
+        QCOMPARE(count("setClipboardRoles"), 0);
     }
 
     void thumbnailsAndPageButtons()
@@ -851,19 +993,10 @@ private:
     {
         auto *board = new orvexwbwebview;
         m_boards << board;
-        board->setContextMenuPolicy(Qt::CustomContextMenu);
         board->setId(m_clip);
         board->setArchiveClient(m_archive);
         board->setClassifyClient(m_classify);
-        board->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, true);
-        board->resize(1000, 700);
-        board->show();
-        QSignalSpy loaded(board, &QWebEngineView::loadFinished);
-        board->load(QUrl("qrc:/material/card-webchannel.html"));
-        if (!loaded.wait(kTimeout) || !loaded.first().first().toBool())
-            qWarning() << "card page did not load";
-        board->updateTranslations();
-        board->setWriteable(writeable);
+        BoardPage::load(board, writeable);
         if (reload)
             board->reloadCards();
         return board;
@@ -900,6 +1033,31 @@ private:
         return board;
     }
     int count(const QString &operation) { return m_classify->log().count(operation); }
+    // Calls of the operation whose first argument lists the criterion.
+    int count(const QString &operation, const QString &criterion)
+    {
+        int calls = 0;
+        for (const CallLog::Call &call : m_classify->log().callsOf(operation))
+            calls += call.args.value(0).toStringList().contains(criterion) ? 1 : 0;
+        return calls;
+    }
+
+    void runUpdate(orvexwbwebview *board) { BoardPage::runUpdate(board); }
+
+    // Types at the end of the note field as the page's editing does (null:
+    // nothing), then leaves the field unless told to stay.
+    void typeNote(orvexwbwebview *board, const QString &cardId, const QString &typed, bool leave = true)
+    {
+        QString script = QString("var a = document.getElementById('textarea-%1'); a.focus();").arg(cardId);
+        if (!typed.isNull())
+            script += QString("a.selectionStart = a.selectionEnd = a.value.length;"
+                              "document.execCommand('insertText', false, '%1');").arg(typed);
+        if (leave)
+            // Leaves the field as a click elsewhere does: the focus goes, and the
+            // field's own blur handler runs once (an unfocused page sends no blur).
+            script += "var h = a.onblur; a.onblur = null; a.blur(); a.onblur = h; h.call(a, new FocusEvent('blur'));";
+        js(board, script);
+    }
 
     ClassifyDouble *m_classify = nullptr;
     ArchiveDouble *m_archive = nullptr;

@@ -1,11 +1,60 @@
 // The card scripts as exact texts: the page runs them as they are, so a changed
-// character is a changed page. No web engine here; the board test runs them.
+// character is a changed page. Scripts that carry text are also run in a plain
+// JavaScript engine against a stand-in for jQuery, which must receive the text
+// exactly; the board test runs them in the real page.
+#include "hostilenotes.h"
 #include "orvexcardscripts.h"
 
 #include <QFile>
+#include <QJSEngine>
 #include <QtTest>
 
 using S = orvexcardscripts;
+
+namespace {
+
+// Beside the notes a user types, texts only a server could send.
+QList<HostileNote> hostileTexts()
+{
+    return hostileNotes() + QList<HostileNote>{
+        {"carriage return", QStringLiteral("a\r\nb\rc")},
+        {"control characters", QStringLiteral("nul") + QChar(0) + QStringLiteral("bell") + QChar(7)
+                                   + QStringLiteral("del") + QChar(0x7f)},
+        {"unpaired surrogates", QStringLiteral("x") + QChar(0xD83D) + QStringLiteral("y") + QChar(0xDE00)},
+    };
+}
+
+// Runs a script against a stand-in for jQuery that records what each call
+// receives ("#id.val", "#id.text", "#overview.append"), and answers it.
+QVariantMap recorded(const QString &script)
+{
+    QJSEngine engine;
+    const QJSValue result = engine.evaluate(QStringLiteral(R"(
+        var got = {};
+        function element(selector) {
+            var self = {
+                parent: function () { return self; },
+                addClass: function () { return self; },
+                removeClass: function () { return self; },
+                val: function (v) { got[selector + '.val'] = v; return self; },
+                text: function (v) { got[selector + '.text'] = v; return self; },
+                append: function (v) { got[selector + '.append'] = v; return self; }
+            };
+            return self;
+        }
+        var $ = element;
+        var document = { getElementById: function (id) {
+            return { set innerHTML(v) { got['#' + id + '.innerHTML'] = v; } };
+        } };
+        function getCardPixmap() {}
+        function checkButtons() {}
+    )") + script + QStringLiteral("\n;got"));
+    if (result.isError())
+        qWarning() << "script failed:" << result.toString() << script;
+    return result.toVariant().toMap();
+}
+
+} // namespace
 
 class tst_CardScripts : public QObject
 {
@@ -45,10 +94,12 @@ private slots:
         QTest::newRow("empty note") << S::note("500", "")
             << "if(document.activeElement!==document.getElementById('textarea-500')){"
                "$('#textarea-500').parent().removeClass('is-dirty');$('#textarea-500').val('');}null;";
-        QTest::newRow("note as given") << S::note("500", "Anna\\'s")
+        QTest::newRow("note, apostrophe escaped") << S::note("500", "Anna's")
             << "if(document.activeElement!==document.getElementById('textarea-500')){"
                "$('#textarea-500').parent().addClass('is-dirty');$('#textarea-500').val('Anna\\'s');}null;";
-        QTest::newRow("card data, note escaped") << S::cardData("500", "Approved", "Invoice", "Anna's")
+        QTest::newRow("label as HTML text") << S::translation("Permissions", "Rechte & <Rollen>")
+            << "document.getElementById('trans-Permissions').innerHTML ='Rechte &amp; &lt;Rollen&gt;';";
+        QTest::newRow("card data, apostrophe escaped") << S::cardData("500", "Approved", "Invoice", "Anna's")
             << "$('#status-500').text('Approved');$('#doctype-500').text('Invoice');"
                "$('#comment-500').text('Anna\\'s');null;";
         QTest::newRow("search result in card order") << S::showCards({"501", "500", "502"}, {"500", "9"})
@@ -72,19 +123,121 @@ private slots:
         QCOMPARE(script, expected);
     }
 
-    void cardHtmlFillsEveryPlaceholderOnOneLine()
+    void cardHtml_data()
     {
+        QTest::addColumn<QString>("note");
+        QTest::addColumn<QString>("texts"); // the five labels, joined by "|"
+        QTest::addColumn<QString>("html");
+        const QString head = "<section id=\"section-500\" data-docsid=\"500\"> <h2>100</h2> <span>%1</span> "
+                             "<i>%2|%3|%4</i> <textarea>%6</textarea> <label>%5</label> </section>";
+        const QString german = "Laden...|Notiz...|Öffnen|Entfernen|Klassifikation";
+        QTest::newRow("plain") << "it's mine" << german
+            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "it's mine");
+        // The note goes in last: a placeholder in it stays text.
+        QTest::newRow("placeholder in the note") << "###card-id###" << german
+            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "###card-id###");
+        QTest::newRow("simplified() flattened the note") << "a  b\n\tc " << german
+            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "a  b\n\tc ");
+        QTest::newRow("the parser drops a first line break") << "\nsecond line" << german
+            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "\n\nsecond line");
+        QTest::newRow("markup in the note and labels") << "</textarea><b>&amp;" << "<a>|&|b|c|d"
+            << head.arg("&lt;a&gt;", "b", "c", "d", "&amp;", "&lt;/textarea&gt;&lt;b&gt;&amp;amp;");
+    }
+
+    void cardHtml()
+    {
+        QFETCH(QString, note);
+        QFETCH(QString, texts);
+        QFETCH(QString, html);
         const QString cardTemplate = "<section id=\"section-###card-id###\" data-docsid=\"###card-id###\">\n"
                                      "  <h2>###main-text###</h2>\n"
                                      "  <span>###LOADING###</span> <i>###OPEN###|###REMOVECARD###|###SHOWCLASSIFY###</i>\n"
                                      "  <textarea>###COMMENT###</textarea>\t<label>###NOTICE###</label>\n"
                                      "</section>\n";
-        const S::CardTexts texts{"Laden...", "Notiz...", "Öffnen", "Entfernen", "Klassifikation"};
-        // The note is escaped and goes in last: a placeholder in it stays text.
-        QCOMPARE(S::cardHtml(cardTemplate, "100", "500", "it's ###card-id###", texts),
-                 QString("<section id=\"section-500\" data-docsid=\"500\"> <h2>100</h2> <span>Laden...</span> "
-                         "<i>Öffnen|Entfernen|Klassifikation</i> <textarea>it\\'s ###card-id###</textarea> "
-                         "<label>Notiz...</label> </section>"));
+        const QStringList t = texts.split('|');
+        QCOMPARE(S::cardHtml(cardTemplate, "100", "500", note, {t[0], t[1], t[2], t[3], t[4]}), html);
+    }
+
+    void jsString_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("literal");
+        QTest::newRow("plain text stays") << "Invoice 2021, approved" << "'Invoice 2021, approved'";
+        QTest::newRow("quotes and backslashes") << "Anna's \"C:\\new\"" << "'Anna\\'s \"C:\\\\new\"'";
+        QTest::newRow("line breaks and tabs") << "a\nb\r\tc" << "'a\\nb\\r\\tc'";
+        QTest::newRow("line and paragraph separators") << QString("a") + QChar(0x2028) + QChar(0x2029)
+                                                       << "'a\\u2028\\u2029'";
+        QTest::newRow("end of a script element") << "</SCRIPT></b><!--" << "'\\x3C/SCRIPT></b>\\x3C!--'";
+        QTest::newRow("other control characters") << QString("a") + QChar(0) + QChar(0x1b) << "'a\\u0000\\u001b'";
+        QTest::newRow("a pair stays, a lone half is escaped")
+            << QString(QChar(0xD83D)) + QChar(0xDE00) + QChar(0xDE00) << QString("'") + QChar(0xD83D) + QChar(0xDE00) + "\\ude00'";
+    }
+
+    void jsString()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, literal);
+        QCOMPARE(S::jsString(text), literal);
+    }
+
+    // Every script that carries text hands the page exactly that text.
+    void textsArriveExactly_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const HostileNote &note : hostileTexts())
+            QTest::newRow(note.fault) << note.text;
+    }
+
+    void textsArriveExactly()
+    {
+        QFETCH(QString, text);
+        QJSEngine engine;
+        QCOMPARE(engine.evaluate(S::jsString(text)).toString(), text);
+
+        QCOMPARE(recorded(S::note("500", text)).value("#textarea-500.val").toString(), text);
+        const QVariantMap data = recorded(S::cardData("500", text, text + "2", text + "3"));
+        QCOMPARE(data.value("#status-500.text").toString(), text);
+        QCOMPARE(data.value("#doctype-500.text").toString(), text + "2");
+        QCOMPARE(data.value("#comment-500.text").toString(), text + "3");
+        QCOMPARE(recorded(S::translation("Permissions", text)).value("#trans-Permissions.innerHTML").toString(),
+                 S::htmlText(text));
+        const QString html = S::cardHtml("<textarea>###COMMENT###</textarea>", "100", "500", text, {});
+        QCOMPARE(recorded(S::appendCard(html, "100", "500")).value("#overview.append").toString(), html);
+    }
+
+    void htmlText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("html");
+        QTest::newRow("plain") << "Dokument hier ablegen" << "Dokument hier ablegen";
+        QTest::newRow("markup") << "<img src=x onerror=alert(1)>" << "&lt;img src=x onerror=alert(1)&gt;";
+        QTest::newRow("entity") << "&amp;" << "&amp;amp;";
+        QTest::newRow("quotes stay for the literal") << "it's \"so\"" << "it's \"so\"";
+    }
+
+    void htmlText()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, html);
+        QCOMPARE(S::htmlText(text), html);
+    }
+
+    void pageCount_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("pages");
+        QTest::newRow("pages") << "12" << "12";
+        QTest::newRow("negative left the card loading") << "-3" << "1";
+        QTest::newRow("zero") << "0" << "1";
+        QTest::newRow("missing") << "" << "1";
+        QTest::newRow("not a number") << "x2" << "1";
+    }
+
+    void pageCount()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, pages);
+        QCOMPARE(S::pageCount(text), pages);
     }
 
     void realCardTemplateLeavesNoPlaceholder()

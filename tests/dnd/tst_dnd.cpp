@@ -1,12 +1,15 @@
 // The drag data object: announced formats, the per-process docs-id stream, the
 // private temporary folder's life, the mouse probe, and the URLs and files it makes.
+#include "../transfer/sequenceanswerer.h"
 #include "fakeconnectionmanager.h"
 #include "modalanswerer.h"
 #include "orvexarchiveworker.h"
 #include "orvexlogindata.h"
 #include "orvexmimedata.h"
+#include "orvextranslations.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "snackbarcatcher.h"
 
 #include <QDataStream>
 #include <QRegularExpression>
@@ -47,6 +50,7 @@ struct Request // for the dragged documents: a drop target's format, or copyTo
     QMap<QString, QString> remarks;
     int buttons;
     QString shown = {}; // title and text of the box shown
+    QString told = {};  // the host's status line after an export
 };
 
 } // namespace
@@ -70,6 +74,7 @@ private slots:
     void leftButtonDown();
     void materialise_data();
     void materialise();
+    void permissionDeniedOncePerDrag();
 
 private:
     QTemporaryDir m_temp;
@@ -87,11 +92,13 @@ void tst_Dnd::initTestCase()
     for (int docId : {4711, 12, 13}) {
         document.docId = docId;
         document.fileName = docId == 4711 ? "Rechnung März.pdf" : "";
+        document.versions = docId == 4711 ? QMap<int, QByteArray>{{3, "third"}} : QMap<int, QByteArray>();
         document.readable = docId != 13; // an archive that refuses
         m_archive.addDocument(document);
     }
     m_worker.setArchiveClient(&m_archive);
     m_worker.selectArchive("Archive");
+    QVERIFY(OrvexTranslations::install(QLocale(QLocale::English))); // the plural forms
 }
 
 void tst_Dnd::init()
@@ -245,7 +252,9 @@ void tst_Dnd::materialise_data()
     QTest::newRow("permission denied") << Request{{"4711", "13"}, {"1", "2"}, {}, "Online", "text/uri-list", {}, Qt::NoButton, "WarningPermission denied."};
     QTest::newRow("stream of another length") << Request{{"4711"}, {"1", "2"}, {}, "Online", "text/uri-list", {}, Qt::NoButton};
     QTest::newRow("bad entries left out") << Request{{"abc", "4711;x", "", "12"}, {}, {"12_.pdf?openmode=4&docid=12"}, "Online", "text/uri-list", {}, Qt::LeftButton};
-    QTest::newRow("copied once") << Request{{"4711", "12"}, {"1", "2"}, {"12", "Rechnung März.pdf"}, "Online", "copyTo", {}, Qt::NoButton, "Export documents..."};
+    QTest::newRow("copied once") << Request{{"4711", "12"}, {"1", "2"}, {"12", "Rechnung März.pdf"}, "Online", "copyTo", {}, Qt::NoButton, "Export documents...", "2 files exported."};
+    QTest::newRow("versions mixed with current ones could not be exported")
+        << Request{{"4711;3", "12"}, {"1", "2"}, {"12_Brief.", "Rechnung März.pdf"}, "Online", "copyTo", {{"12", "Brief"}}, Qt::NoButton, "Export documents...", "2 files exported."};
     QTest::newRow("copy refused") << Request{{"13"}, {}, {}, "Online", "copyTo", {}, Qt::NoButton, "Failed to export: No permission to read document 13"};
     QTest::newRow("copy without entries") << Request{{"abc", ""}, {}, {}, "Online", "copyTo", {}, Qt::NoButton};
 }
@@ -267,6 +276,7 @@ void tst_Dnd::materialise()
     ModalAnswerer box(QMessageBox::Ok);
     QTemporaryDir first, second;
     QStringList got; // copyTo: the files written; otherwise the URLs' file names and queries up to the archive
+    SnackbarCatcher status;
     if (r.request == "copyTo") {
         mime.copyTo(first.path());
         ModalAnswerer again(QMessageBox::Ok);
@@ -279,6 +289,33 @@ void tst_Dnd::materialise()
     }
     QCOMPARE(box.seenTitle() + box.seenText(), r.shown);
     QCOMPARE(got, r.expected);
+    if (!r.told.isEmpty())
+        QTRY_COMPARE(status.texts, QStringList{"app:" + r.told});
+    else
+        QCOMPARE(status.texts, QStringList());
+}
+
+// However often a drop target probes while the button is held, the user hears
+// of missing rights once per drag.
+void tst_Dnd::permissionDeniedOncePerDrag()
+{
+    m_classify.setConnectionMode("Online");
+    SequenceAnswerer boxes({SequenceAnswerer::press(QMessageBox::Ok), SequenceAnswerer::press(QMessageBox::Ok)});
+    for (int drag = 0; drag < 2; ++drag) {
+        DraggedMime mime;
+        mime.setUrls(QUrl::fromStringList({"4711", "13"}));
+        mime.setData(OrvexMimeData::documentStreamFormat(), docsIdStream({"1", "2"}));
+        mime.setArchiveClient(&m_worker);
+        mime.setClassifyClient(&m_classify);
+        mime.buttons = Qt::LeftButton;
+        for (int probe = 0; probe < 3; ++probe) {
+            QVERIFY(mime.urls().isEmpty());
+            QVERIFY(mime.data("text/x-orvex-uri").isEmpty());
+        }
+        mime.buttons = Qt::NoButton; // dropped
+        QVERIFY(mime.urls().isEmpty());
+    }
+    QCOMPARE(boxes.texts(), QStringList({"Warning: Permission denied.", "Warning: Permission denied."}));
 }
 
 QTEST_MAIN(tst_Dnd)

@@ -6,6 +6,7 @@
 #include "orvexarchive.h"
 #include "orvexclassificationdialog.h"
 #include "orvexhostcommands.h"
+#include "orvexhosttranslations.h"
 
 #include <QtTest>
 
@@ -42,6 +43,7 @@ private:
 void tst_HostCommands::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
+    OrvexHostTranslations::install(QLocale(QLocale::English)); // the plural forms
     const QString folder = m_scratch.filePath(QStringLiteral("archive"));
     qputenv(OrvexArchive::FolderVariable, QFile::encodeName(folder)); // for the worker's own client
     QVERIFY2(m_archive.open(folder), qPrintable(m_archive.lastError()));
@@ -84,17 +86,17 @@ void tst_HostCommands::exportTellsWhatWasWritten_data()
     QTest::addColumn<bool>("done");
     QTest::addColumn<QStringList>("told"); // parts of the message: %1 the first file, %2 the last, %3 how many
 
-    // Failed before: a kept file, a failed copy or unconfirmed names ended in
-    // success or in a bare "No document was exported." that named nothing.
-    QTest::newRow("empty folder") << "none" << true << false << true << QStringList{"Exported %3 document(s) to "};
+    // Failed before: a kept file, a failed copy or unconfirmed names were
+    // counted but not named, and an export that left files out was a success.
+    QTest::newRow("empty folder") << "none" << true << false << true << QStringList{": %3 files exported."};
     QTest::newRow("all there, kept") << "all" << true << false << false
-        << QStringList{"No document was exported.", "%1 already exists and was kept."};
+        << QStringList{": 0 files exported, %3 skipped.", "%1 already exists and was kept."};
     QTest::newRow("last there, kept") << "last" << true << false << false
-        << QStringList{"Exported %4 of %3 document(s) to ", "%2 already exists and was kept."};
+        << QStringList{": %4 files exported, 1 skipped.", "%2 already exists and was kept."};
     QTest::newRow("folder gone") << "none" << true << true << false
-        << QStringList{"No document was exported.", "%1 could not be saved (", "%2 could not be saved ("};
+        << QStringList{": 0 files exported, %3 failed.", "%1 could not be saved (", "%2 could not be saved ("};
     QTest::newRow("names not confirmed") << "none" << false << false << false
-        << QStringList{"No document was exported. The file names were not confirmed."};
+        << QStringList{": 0 files exported, %3 skipped. The file names were not confirmed."};
 }
 
 void tst_HostCommands::exportTellsWhatWasWritten()
@@ -157,6 +159,10 @@ void tst_HostCommands::exportSkipsUnknownCardsAndCanBeCanceled()
         QCOMPARE(dialogs.texts().size(), 1);
     }
     QCOMPARE(target.entryList(QDir::Files, QDir::Name), m_expectedNames);
+    const QString exportedTo = QStringLiteral("Export to %1: ").arg(QDir::toNativeSeparators(target.path()));
+    QVERIFY2(messages.last().at(0).toString().startsWith(
+                 exportedTo + QStringLiteral("%1 files exported.").arg(m_expectedNames.size())),
+             qPrintable(messages.last().at(0).toString()));
     QVERIFY2(messages.last().at(0).toString().contains(QStringLiteral("99999")), "the unknown card is named");
 
     answer.clear(); // the user cancels the folder question

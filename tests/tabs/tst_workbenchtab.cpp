@@ -1,6 +1,7 @@
 // The clipboard tab set with real card boards against the recording clients:
 // the diff with the server list, creating, numbering, renaming, filtering and
 // removing clipboards, a refresh during a page load and the shutdown.
+#include "germancatalogue.h"
 #include "modalanswerer.h"
 #include "orvexclipboardchooser.h"
 #include "orvexclipboardlabel.h"
@@ -16,12 +17,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QToolButton>
-#include <QTranslator>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <QtConcurrent>
 #include <QtTest>
 
@@ -192,11 +192,8 @@ private slots:
         QFETCH(bool, german);
         QFETCH(QStringList, existing);
         QFETCH(QString, expected);
-        QTranslator translator;
-        QVERIFY(translator.load(":/translations/orvexworkbench_de.qm"));
-        if (german)
-            QCoreApplication::installTranslator(&translator);
-        auto removeTranslator = qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
+        const GermanCatalogue catalogue(german);
+        QVERIFY(catalogue.isLoaded());
         for (const QString &name : qAsConst(existing))
             m_classify->addClipboard(name);
         start();
@@ -211,15 +208,18 @@ private slots:
         QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("serverFails");
         QTest::addColumn<bool>("fromMenu"); // the board's menu, else the tab's close button
+        QTest::addColumn<int>("current");   // the tab shown meanwhile
         QTest::addColumn<QString>("then");  // "undo", "wait" (the time to undo runs out) or "close"
         QTest::addColumn<bool>("removed");
-        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << "wait" << true;
-        QTest::newRow("no") << int(QMessageBox::No) << false << false << "wait" << false;
-        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << "wait" << false;
-        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << "wait" << true;
+        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << 1 << "wait" << true;
+        QTest::newRow("no") << int(QMessageBox::No) << false << false << 1 << "wait" << false;
+        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << 1 << "wait" << false;
+        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << 1 << "wait" << true;
         // Failed before: a removal could not be taken back.
-        QTest::newRow("yes, then undo") << int(QMessageBox::Yes) << false << false << "undo" << false;
-        QTest::newRow("yes, then the workbench closes") << int(QMessageBox::Yes) << false << false << "close" << true;
+        QTest::newRow("yes, then undo") << int(QMessageBox::Yes) << false << false << 1 << "undo" << false;
+        QTest::newRow("yes, then the workbench closes") << int(QMessageBox::Yes) << false << false << 1 << "close" << true;
+        QTest::newRow("the menu of a board not current offered to remove the current one")
+            << int(QMessageBox::Yes) << false << true << 0 << "wait" << true;
     }
 
     void removeClipboard()
@@ -227,6 +227,7 @@ private slots:
         QFETCH(int, answer);
         QFETCH(bool, serverFails);
         QFETCH(bool, fromMenu);
+        QFETCH(int, current);
         QFETCH(QString, then);
         QFETCH(bool, removed);
         m_classify->addClipboard("Keep");
@@ -235,7 +236,7 @@ private slots:
         m_classify->addEntry(doomed, "17", "1017", "its note");
         start();
         m_classify->log().setFailing("removeClipboard", serverFails);
-        m_tabs->setCurrentIndex(1);
+        m_tabs->setCurrentIndex(current);
         QPointer<orvexwbwebview> board = m_tabs->boardAt(1);
         OrvexUndoOffer::setMilliseconds(300);
         auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
@@ -247,6 +248,7 @@ private slots:
         else
             QTest::mouseClick(closeButton(1), Qt::LeftButton);
         QVERIFY(answerer.answered());
+        QCOMPARE(answerer.seenText(), QStringLiteral("Remove Clipboard Doomed ?"));
         if (answer == QMessageBox::Yes) {
             // Gone from the tabs and the chooser at once, still on the server, and offered to undo.
             QCOMPARE(tabs(), QStringList({"Keep", "After"}));
@@ -360,6 +362,91 @@ private slots:
         QCOMPARE(m_tabs->tabText(1), serverName);
         QCoreApplication::sendPostedEvents();
         QCOMPARE(snackbars.texts, told.isEmpty() ? QStringList() : QStringList{QStringLiteral("app:") + told});
+    }
+
+    // The tab bar and the board shown agree, whatever ends a rename.
+    void renameEndsBeforeAnotherTabShows_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<int>("shown"); // the tab current afterwards; -1: the one clicked
+        QTest::newRow("a click on another tab moved the bar but not the board") << "click" << -1;
+        QTest::newRow("the wheel on the tab bar") << "wheel" << 0;
+        QTest::newRow("Ctrl+Tab") << "ctrl+tab" << 2;
+        QTest::newRow("a new clipboard") << "add" << 3;
+    }
+
+    void renameEndsBeforeAnotherTabShows()
+    {
+        QFETCH(QString, action);
+        QFETCH(int, shown);
+        m_classify->addClipboard("Other");
+        const QString inbox = m_classify->addClipboard("Inbox");
+        m_classify->addClipboard("Third");
+        start();
+        QApplication::setActiveWindow(m_window);
+        QLineEdit *editor = startRename(1);
+        QVERIFY(editor);
+        QTRY_VERIFY(editor->hasFocus());
+        QTest::keyClicks(editor, "Projects");
+
+        QTabBar *bar = m_tabs->tabBar();
+        if (action == "click") {
+            // The editor widens its tab, and the bar may scroll: a tab that shows.
+            shown = bar->rect().intersects(bar->tabRect(0)) ? 0 : 2;
+            const QRect visible = bar->tabRect(shown) & bar->rect();
+            QVERIFY(!visible.isEmpty());
+            QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, visible.center());
+        } else if (action == "wheel") {
+            const QPoint at = bar->tabRect(0).center();
+            QWheelEvent wheel(at, bar->mapToGlobal(at), QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(bar, &wheel);
+        } else if (action == "ctrl+tab") {
+            QTest::keyClick(editor, Qt::Key_Tab, Qt::ControlModifier);
+        } else {
+            clickAdd();
+        }
+
+        QCOMPARE(m_tabs->currentIndex(), shown);
+        QCOMPARE(m_tabs->currentWidget(), m_tabs->widget(shown)); // the board shown is the tab's
+        QCOMPARE(m_tabs->tabText(1), QStringLiteral("Projects"));   // kept as Return keeps it
+        QCOMPARE(m_classify->clipboard(inbox).name, QStringLiteral("Projects"));
+        QTRY_VERIFY(!bar->findChild<QLineEdit *>("m_renameEditor"));
+        QVERIFY(!bar->signalsBlocked());
+    }
+
+    // Whoever deletes the tab set while it waits ends the wait at once, and
+    // nothing touches what is gone.
+    void destroyedWhileWaiting_data()
+    {
+        QTest::addColumn<QString>("wait");
+        QTest::newRow("a new board's page loading: the dock stalled for 60 s") << "page";
+        QTest::newRow("the question before a removal") << "question";
+    }
+
+    void destroyedWhileWaiting()
+    {
+        QFETCH(QString, wait);
+        m_classify->addClipboard("One");
+        start();
+        QElapsedTimer clock;
+        clock.start();
+        QPointer<QWidget> window = m_window;
+        const auto destroy = [this] {
+            delete m_window;
+            m_window = nullptr;
+        };
+        if (wait == "page") {
+            QTimer::singleShot(0, m_window, destroy); // runs inside the wait
+            clickAdd();
+        } else {
+            ModalAnswerer whileAsking([&destroy](QWidget *) { destroy(); });
+            QTest::mouseClick(closeButton(0), Qt::LeftButton);
+            QVERIFY(whileAsking.answered());
+        }
+        QVERIFY(!window);
+        QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(calls("removeClipboard"), 0);
     }
 
     void readOnlyIsProtected()

@@ -1,7 +1,9 @@
 // The archive worker against the recording archive client: connection and
 // client loading, file naming, export into real folders and mailing.
+#include "germancatalogue.h"
 #include "orvexarchiveworker.h"
 #include "orvexfilecopy.h"
+#include "orvextranslations.h"
 #include "recordingarchiveclient.h"
 #include "sequenceanswerer.h"
 
@@ -75,7 +77,11 @@ class tst_ArchiveWorker : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QVERIFY(OrvexTranslations::install(QLocale(QLocale::English))); // the plural forms
+    }
 
     void init()
     {
@@ -234,6 +240,8 @@ private slots:
         QCOMPARE(m_seen, QStringList{"Export documents...: "});
         QCOMPARE(filesBelow(m_target), files);
         QCOMPARE(result.size(), files.size());
+        QCOMPARE(m_worker->exportSummary().text(),
+                 typed.isNull() ? QString("0 files exported, 2 skipped.") : QString("2 files exported."));
         for (const QString &file : result) {
             QCOMPARE(readAll(file), file.endsWith(".odt") ? QByteArray(50 * 1024, 'l') : QByteArray(100 * 1024, 'r'));
             struct stat info;
@@ -253,16 +261,25 @@ private slots:
         QTest::addColumn<QList<int>>("answers");    // to the questions, in order
         QTest::addColumn<QStringList>("boxes");
         QTest::addColumn<QStringList>("files");     // target content afterwards: name=content
+        QTest::addColumn<QString>("summary");
         const QString question = "File exists: The file TARGET/%1 already exists, overwrite?";
         const QStringList asked{question.arg("report.pdf"), question.arg("a.txt")};
         QTest::newRow("all yes") << false << QList<int>{QMessageBox::Yes, QMessageBox::Yes} << asked
-                                 << QStringList{"a.txt=new a", "b.txt=new b", "letter.odt=l", "report.pdf=r"};
-        // After a No, new files are no longer copied; existing ones are still offered.
-        QTest::newRow("no, then yes") << false << QList<int>{QMessageBox::No, QMessageBox::Yes} << asked
-                                      << QStringList{"a.txt=new a", "report.pdf=old"};
+                                 << QStringList{"a.txt=new a", "b.txt=new b", "letter.odt=l", "report.pdf=r"}
+                                 << "4 files exported.";
+        // A No keeps that one file; the new files after it are written all the same.
+        QTest::newRow("after a No, every later new file was skipped silently")
+            << false << QList<int>{QMessageBox::No, QMessageBox::Yes} << asked
+            << QStringList{"a.txt=new a", "b.txt=new b", "letter.odt=l", "report.pdf=old"}
+            << "3 files exported, 1 skipped.";
+        QTest::newRow("no to both") << false << QList<int>{QMessageBox::No, QMessageBox::No} << asked
+                                    << QStringList{"a.txt=old", "b.txt=new b", "letter.odt=l", "report.pdf=old"}
+                                    << "2 files exported, 2 skipped.";
         QTest::newRow("removal fails") << true << QList<int>{QMessageBox::Yes, QMessageBox::Ok, QMessageBox::Yes}
                                        << QStringList{asked[0], "Error: The file could not be overwritten.", asked[1]}
-                                       << QStringList{"a.txt=new a", "report.pdf/inside=old"};
+                                       << QStringList{"a.txt=new a", "b.txt=new b", "letter.odt=l",
+                                                      "report.pdf/inside=old"}
+                                       << "3 files exported, 1 failed.";
     }
 
     void overwriteAndGoOn()
@@ -271,6 +288,7 @@ private slots:
         QFETCH(QList<int>, answers);
         QFETCH(QStringList, boxes);
         QFETCH(QStringList, files);
+        QFETCH(QString, summary);
         writeFile(m_target + (reportIsAFolder ? "/report.pdf/inside" : "/report.pdf"), "old");
         writeFile(m_target + "/a.txt", "old");
         QList<Step> steps{ok};
@@ -287,6 +305,36 @@ private slots:
         }
         QCOMPARE(content, files);
         QVERIFY(filesBelow(fetchFolder()).isEmpty());
+        QCOMPARE(m_worker->exportSummary().text(), summary);
+    }
+
+    void summaryText_data()
+    {
+        QTest::addColumn<int>("exported");
+        QTest::addColumn<int>("skipped");
+        QTest::addColumn<int>("failed");
+        QTest::addColumn<bool>("german");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("one") << 1 << 0 << 0 << false << "1 file exported.";
+        QTest::newRow("none, all counted") << 0 << 2 << 1 << false << "0 files exported, 2 skipped, 1 failed.";
+        QTest::newRow("German, one") << 1 << 1 << 0 << true << "1 Datei exportiert, 1 übersprungen.";
+        QTest::newRow("German, more") << 3 << 0 << 2 << true << "3 Dateien exportiert, 2 fehlgeschlagen.";
+    }
+
+    void summaryText()
+    {
+        QFETCH(int, exported);
+        QFETCH(int, skipped);
+        QFETCH(int, failed);
+        QFETCH(bool, german);
+        QFETCH(QString, text);
+        const GermanCatalogue catalogue(german);
+        QVERIFY(catalogue.isLoaded());
+        OrvexExportSummary summary;
+        summary.exported = exported;
+        summary.skipped = skipped;
+        summary.failed = failed;
+        QCOMPARE(summary.text(), text);
     }
 
     void rightsCheck_data()
@@ -372,6 +420,7 @@ private slots:
         QVERIFY(exportDocs({101, 102}, result, {ok}, target));
         const QString error = "Error: The file could not be saved!";
         QCOMPARE(m_seen.mid(1), (QStringList{error, error}));
+        QCOMPARE(m_worker->exportSummary().text(), QString("0 files exported, 2 failed."));
         QVERIFY(result.isEmpty());
         QVERIFY(filesBelow(fetchFolder()).isEmpty());
     }
@@ -390,6 +439,21 @@ private slots:
         QCOMPARE(answerer.texts().size(), 2);
         QCOMPARE(filesBelow(m_target), (QStringList{"4711_2_Notiz7.", "plan.pdf"}));
         QCOMPARE(readAll(m_target + "/plan.pdf"), QByteArray(8192, '2'));
+    }
+
+    // A drag may name a version for some documents and none for others.
+    void mixedVersions()
+    {
+        QStringList result;
+        SequenceAnswerer answerer({ok});
+        QVERIFY2(m_worker->exportDocuments({104, 101}, {1, 2}, {2, -1}, {}, m_target, false, result, -1, false,
+                                           false, false, {}),
+                 qPrintable(m_worker->getLastError()));
+        QCOMPARE(m_client->log().count("exportDocumentVersion"), 1);
+        QCOMPARE(m_client->log().last("exportDocument").args.value(0).toInt(), 101); // its current version
+        QCOMPARE(filesBelow(m_target), (QStringList{"plan.pdf", "report.pdf"}));
+        QCOMPARE(readAll(m_target + "/plan.pdf"), QByteArray(8192, '2'));
+        QCOMPARE(m_worker->exportSummary().text(), QString("2 files exported."));
     }
 
     void offlineExport()
