@@ -626,6 +626,26 @@
             <numerusform>%n ohne gültige ID</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Clipboard %1 is read-only: cards cannot be removed from it.</source>
+        <translation>Die Zwischenablage %1 ist schreibgeschützt: Karten können nicht daraus entfernt werden.</translation>
+    </message>
+    <message>
+        <source>Card %1 removed from clipboard %2.</source>
+        <translation>Karte %1 aus der Zwischenablage %2 entfernt.</translation>
+    </message>
+    <message>
+        <source>Card %1 could not be removed from clipboard %2.</source>
+        <translation>Karte %1 konnte nicht aus der Zwischenablage %2 entfernt werden.</translation>
+    </message>
+    <message>
+        <source>Card %1 cannot come back: clipboard %2 is full.</source>
+        <translation>Karte %1 kann nicht zurückkommen: Die Zwischenablage %2 ist voll.</translation>
+    </message>
+    <message>
+        <source>A note holds at most %1 characters: the rest was left out.</source>
+        <translation>Eine Notiz fasst höchstens %1 Zeichen: Der Rest wurde weggelassen.</translation>
+    </message>
 </context>
 <context>
     <name>orvexworkbenchdock</name>

@@ -9,6 +9,7 @@
 #include "orvexcbrights.h"
 #include "orvexlog.h"
 #include "orvexmimedata.h"
+#include "orvexundooffer.h"
 #include "qsnackbarevent.h"
 
 #include <QApplication>
@@ -125,6 +126,7 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
 orvexwbwebview::~orvexwbwebview()
 {
     stop();
+    settleCardRemovals();
     if (m_archiveClient)
         m_archiveClient->resetConnection();
     m_channel->deregisterObject(m_bridge);
@@ -528,7 +530,7 @@ QString orvexwbwebview::appendCard(QString docId, QString docsId, QString commen
         return QString();
     if (m_cards.size() >= m_cardLimit)
         return QString();
-    if (m_cards.contains(docsId))
+    if (m_cards.contains(docsId) || m_pendingRemovals.contains(docsId))
         return QString();
     if (!isId(docId) || !isId(docsId)) {
         orvexWarning() << "APPEND CARD REFUSED" << docId << docsId;
@@ -554,8 +556,29 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
         orvexWarning() << "REMOVE CARD REFUSED" << id;
         return;
     }
+    if (doServer && m_cards.contains(id) && !m_writeable) {
+        QSnackbarEvent(tr("Clipboard %1 is read-only: cards cannot be removed from it.").arg(m_tabText)).send();
+        return;
+    }
+    if (doServer && m_cards.contains(id) && !isStopped()) {
+        const QString docId = m_cards.value(id);
+        const QString note = noteOf(id);
+        dropCard(id);
+        auto *offer = new OrvexUndoOffer(
+            tr("Card %1 removed from clipboard %2.").arg(docId, m_tabText),
+            [this, id, docId] { commitCardRemoval(id, docId); },
+            [this, id, docId, note] { restoreCard(id, docId, note); }, this);
+        m_pendingRemovals.insert(id, offer);
+        offer->offer();
+        return;
+    }
     if (doServer && m_classifyClient)
         m_classifyClient->removeFromClipboard(m_id, id);
+    dropCard(id);
+}
+
+void orvexwbwebview::dropCard(const QString &id)
+{
     m_cards.remove(id);
     page()->runJavaScript(orvexcardscripts::maxPageQuery(id));
     orvexDebug() << "REMOVE CARD!";
@@ -564,8 +587,45 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
     emit javascript(countLine());
 }
 
+void orvexwbwebview::commitCardRemoval(const QString &id, const QString &docId)
+{
+    m_pendingRemovals.remove(id);
+    if (m_classifyClient && m_classifyClient->removeFromClipboard(m_id, id))
+        return;
+    orvexWarning() << "REMOVE CARD refused" << id;
+    // Still on the server: the next update brings the card back.
+    QSnackbarEvent(tr("Card %1 could not be removed from clipboard %2.").arg(docId, m_tabText)).send();
+    updateCards();
+}
+
+void orvexwbwebview::restoreCard(const QString &id, const QString &docId, const QString &note)
+{
+    m_pendingRemovals.remove(id);
+    if (isStopped())
+        return;
+    if (appendCard(docId, id, note, true).isEmpty()) {
+        // No room on the board: the entry must not stay on the server unseen.
+        QSnackbarEvent(tr("Card %1 cannot come back: clipboard %2 is full.").arg(docId, m_tabText)).send();
+        if (m_classifyClient)
+            m_classifyClient->removeFromClipboard(m_id, id);
+        return;
+    }
+    // Back in its place among the others, and in view.
+    emit javascript(orvexcardscripts::scrollToCard(id));
+}
+
+void orvexwbwebview::settleCardRemovals()
+{
+    const QList<QPointer<OrvexUndoOffer>> offers = m_pendingRemovals.values();
+    for (const QPointer<OrvexUndoOffer> &offer : offers)
+        if (offer)
+            offer->commitNow();
+    m_pendingRemovals.clear();
+}
+
 void orvexwbwebview::clearClipboard()
 {
+    settleCardRemovals();
     // On a read-only board the server decides; the page stays as it is.
     if (m_writeable) {
         const QStringList ids = m_cards.keys();
@@ -585,6 +645,13 @@ bool orvexwbwebview::saveCard(QString id, QString text)
     // The page keeps the note as typed and offers it again when its field is left.
     QSnackbarEvent(tr("The note could not be saved. Leave its field again to try once more.")).send();
     return false;
+}
+
+void orvexwbwebview::noteCut(QString id)
+{
+    if (!m_cards.contains(id))
+        return;
+    QSnackbarEvent(tr("A note holds at most %1 characters: the rest was left out.").arg(MaxNoteLength)).send();
 }
 
 void orvexwbwebview::updateComment(QString id, QString comment)

@@ -6,6 +6,7 @@
 #include "orvexcardscripts.h"
 #include "orvextranslations.h"
 #include "qsnackbarevent.h"
+#include "orvexundooffer.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
@@ -202,13 +203,94 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("2 / 200 (max)"), kTimeout);
         QCOMPARE(value(board, "#textarea-501"), QString("hello"));
 
-        // The card's close button removes it on the server too; the update's removal does not.
+        // The card's close button removes it on the server too, once the time
+        // to undo is over; the update's removal does not.
+        OrvexUndoOffer::setMilliseconds(100);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
         js(board, "$('#removebutton-501').click()");
         QTRY_COMPARE_WITH_TIMEOUT(sections(board), 1, kTimeout);
-        QCOMPARE(m_classify->log().last("removeFromClipboard").args, QVariantList({m_clip, "501"}));
+        QTRY_COMPARE(m_classify->log().last("removeFromClipboard").args, QVariantList({m_clip, "501"}));
         board->removeCard("500", false);
         QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#drop_zone"), kTimeout);
         QCOMPARE(count("removeFromClipboard"), 1);
+    }
+
+    // Failed before: a card's close button removed card and note at once, with no way back.
+    void cardRemovalCanBeUndone_data()
+    {
+        QTest::addColumn<QString>("then"); // "undo", "wait" (the time runs out), "close" (the board goes)
+        QTest::addColumn<bool>("serverFails");
+        QTest::addColumn<bool>("removed"); // from the server in the end
+        QTest::addColumn<QString>("told"); // the last status message
+        QTest::newRow("undo") << "undo" << false << false << "";
+        QTest::newRow("time runs out") << "wait" << false << true << "";
+        QTest::newRow("board closes") << "close" << false << true << "";
+        QTest::newRow("server refuses") << "wait" << true << false
+                                        << "Card 101 could not be removed from clipboard Work.";
+    }
+    void cardRemovalCanBeUndone()
+    {
+        QFETCH(QString, then);
+        QFETCH(bool, serverFails);
+        QFETCH(bool, removed);
+        QFETCH(QString, told);
+        OrvexUndoOffer::setMilliseconds(then == "undo" ? 60000 : 2500); // long enough for the checks meanwhile
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
+        orvexwbwebview *board = boardWith(4);
+        board->setTabText("Work");
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,501,500"), kTimeout);
+        m_classify->log().setFailing("removeFromClipboard", serverFails);
+        SnackbarCatcher snackbars;
+
+        js(board, "$('#removebutton-501').click()"); // the card with a note, between two others
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,500"), kTimeout);
+        QTRY_COMPARE(snackbars.texts.value(0), QStringLiteral("app:Card 101 removed from clipboard Work."));
+        QVERIFY(snackbars.lastAction());
+        QCOMPARE(snackbars.lastAction()->text(), QStringLiteral("Undo"));
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("3 / 200 (max)"), kTimeout);
+        // Still on the server meanwhile, and neither an update nor a reload brings it back.
+        QCOMPARE(count("removeFromClipboard"), 0);
+        BoardPage::runUpdate(board);
+        board->reloadCards();
+        QTest::qWait(200);
+        QCOMPARE(order(board), QString("503,502,500"));
+
+        if (then == "undo") {
+            snackbars.lastAction()->trigger();
+        } else if (then == "close") {
+            m_boards.removeAll(board);
+            delete board;
+            QCOMPARE(count("removeFromClipboard"), 1);
+            QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 3);
+            return;
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!snackbars.lastAction(), kTimeout); // the offer is over either way
+        QCOMPARE(count("removeFromClipboard"), then == "wait" ? 1 : 0);
+        QCOMPARE(m_classify->clipboard(m_clip).entries.size(), removed ? 3 : 4);
+        if (!told.isEmpty())
+            QTRY_COMPARE(snackbars.texts.last(), QStringLiteral("app:") + told);
+        if (removed) {
+            QTest::qWait(200);
+            QCOMPARE(order(board), QString("503,502,500"));
+            return;
+        }
+        // Back in its place, with its note and its info lines.
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,501,500"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), QString("Note of one"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-501"), QString("Title 1"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("4 / 200 (max)"), kTimeout);
+    }
+
+    void readOnlyCardsAreNotRemoved()
+    {
+        orvexwbwebview *board = boardWith(2);
+        board->setTabText("Work");
+        board->setWriteable(false);
+        SnackbarCatcher snackbars;
+        board->removeCard("501", true); // as the page asks
+        QTRY_COMPARE(snackbars.texts, QStringList{"app:Clipboard Work is read-only: cards cannot be removed from it."});
+        QCOMPARE(sections(board), 2);
+        QCOMPARE(count("removeFromClipboard"), 0);
     }
 
     void limitAndDuplicatesAreRefused()
@@ -564,7 +646,7 @@ private slots:
             }).sort().join(','))").toString();
         QStringList expected{"addClipboard", "clearClipboard", "removeClipboard", "exportDocuments",
                              "mailDocuments", "setPermissions", "removeCard", "openDocument",
-                             "showClassification", "saveCard", "searchCards", "getCardPixmap",
+                             "showClassification", "saveCard", "noteCut", "searchCards", "getCardPixmap",
                              "startDrag", "stopDrag", "dragCard"};
         expected.sort();
         QCOMPARE(operations, expected.join(','));
