@@ -126,7 +126,7 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
 orvexwbwebview::~orvexwbwebview()
 {
     stop();
-    settleCardRemovals();
+    settleCardRemovals(true);
     if (m_archiveClient)
         m_archiveClient->resetConnection();
     m_channel->deregisterObject(m_bridge);
@@ -589,7 +589,9 @@ void orvexwbwebview::dropCard(const QString &id)
 
 void orvexwbwebview::commitCardRemoval(const QString &id, const QString &docId)
 {
-    m_pendingRemovals.remove(id);
+    // No longer pending: the whole clipboard was cleared meanwhile.
+    if (!m_pendingRemovals.remove(id))
+        return;
     if (m_classifyClient && m_classifyClient->removeFromClipboard(m_id, id))
         return;
     orvexWarning() << "REMOVE CARD refused" << id;
@@ -614,9 +616,11 @@ void orvexwbwebview::restoreCard(const QString &id, const QString &docId, const 
     emit javascript(orvexcardscripts::scrollToCard(id));
 }
 
-void orvexwbwebview::settleCardRemovals()
+void orvexwbwebview::settleCardRemovals(bool onServer)
 {
     const QList<QPointer<OrvexUndoOffer>> offers = m_pendingRemovals.values();
+    if (!onServer)
+        m_pendingRemovals.clear(); // what is no longer pending is not committed
     for (const QPointer<OrvexUndoOffer> &offer : offers)
         if (offer)
             offer->commitNow();
@@ -625,7 +629,8 @@ void orvexwbwebview::settleCardRemovals()
 
 void orvexwbwebview::clearClipboard()
 {
-    settleCardRemovals();
+    // The server's clearing below takes the entries of the pending removals along.
+    settleCardRemovals(false);
     // On a read-only board the server decides; the page stays as it is.
     if (m_writeable) {
         const QStringList ids = m_cards.keys();

@@ -167,8 +167,9 @@ private:
     // The two ends of a removal the user may undo.
     void commitCardRemoval(const QString &id, const QString &docId);
     void restoreCard(const QString &id, const QString &docId, const QString &note);
-    // Makes every removal still open to undo final.
-    void settleCardRemovals();
+    // Ends every removal still open to undo: final on the server, or (when
+    // the caller clears the whole clipboard there) just no longer offered.
+    void settleCardRemovals(bool onServer);
 
     orvexboardjobs *m_jobs = nullptr;
     QMap<QString, QString> m_translations;

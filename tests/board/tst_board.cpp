@@ -218,13 +218,14 @@ private slots:
     // Failed before: a card's close button removed card and note at once, with no way back.
     void cardRemovalCanBeUndone_data()
     {
-        QTest::addColumn<QString>("then"); // "undo", "wait" (the time runs out), "close" (the board goes)
+        QTest::addColumn<QString>("then"); // "undo", "wait" (the time runs out), "close" (the board goes), "clear"
         QTest::addColumn<bool>("serverFails");
         QTest::addColumn<bool>("removed"); // from the server in the end
         QTest::addColumn<QString>("told"); // the last status message
         QTest::newRow("undo") << "undo" << false << false << "";
         QTest::newRow("time runs out") << "wait" << false << true << "";
         QTest::newRow("board closes") << "close" << false << true << "";
+        QTest::newRow("clipboard cleared meanwhile") << "clear" << false << true << "";
         QTest::newRow("server refuses") << "wait" << true << false
                                         << "Card 101 could not be removed from clipboard Work.";
     }
@@ -262,6 +263,15 @@ private slots:
             delete board;
             QCOMPARE(count("removeFromClipboard"), 1);
             QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 3);
+            return;
+        } else if (then == "clear") {
+            // The clearing takes the entry along: no second removal, no failure told.
+            board->clearClipboard();
+            QTRY_VERIFY(!snackbars.lastAction());
+            QCOMPARE(count("removeFromClipboard"), 0);
+            QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 0);
+            QTest::qWait(200);
+            QCOMPARE(snackbars.texts.size(), 1);
             return;
         }
         QTRY_VERIFY_WITH_TIMEOUT(!snackbars.lastAction(), kTimeout); // the offer is over either way

@@ -491,16 +491,30 @@ private slots:
     }
 
     // Every launch of the last call has told its outcome: the errors, in order.
+    // A launcher deletes itself once it has told its outcome: each is heard
+    // from as it finishes, in whatever order they do.
     QStringList launchErrors()
     {
-        QStringList errors;
-        for (OrvexLauncher *launcher : m_worker->launches()) {
-            QSignalSpy finished(launcher, &OrvexLauncher::finished);
-            if (!launcher->isFinished() && !finished.wait(10000))
-                return {"did not finish"};
-            errors << launcher->errorString();
+        const QList<OrvexLauncher *> launchers = m_worker->launches();
+        QVector<QString> errors(launchers.size());
+        int pending = 0;
+        QList<QMetaObject::Connection> heard;
+        for (int i = 0; i < launchers.size(); ++i) {
+            if (launchers.at(i)->isFinished()) {
+                errors[i] = launchers.at(i)->errorString();
+                continue;
+            }
+            ++pending;
+            heard << connect(launchers.at(i), &OrvexLauncher::finished, this,
+                             [&errors, &pending, i](bool, const QString &error) {
+                                 errors[i] = error;
+                                 --pending;
+                             });
         }
-        return errors;
+        const bool finished = QTest::qWaitFor([&pending] { return pending == 0; }, 10000);
+        for (const QMetaObject::Connection &connection : heard)
+            disconnect(connection);
+        return finished ? errors.toList() : QStringList{"did not finish"};
     }
 
     void openMode()
