@@ -24,6 +24,7 @@
 #include <QThread>
 #include <QTimer>
 #include <QtConcurrent>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <cerrno>
@@ -648,6 +649,19 @@ void tst_Archive::tablesRolesAndFacts()
              (QStringList{QStringLiteral("mmueller") + kSep + QStringLiteral("Maria Müller"),
                           QStringLiteral("r_sales") + kSep + QStringLiteral("Vertrieb")}));
     QVERIFY(!classify()->getConnectionMode().startsWith(QLatin1String("Offline")));
+
+    // Failed before: the sample's types, statuses and system roles stayed English in German.
+    QVERIFY(OrvexArchiveTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+    auto english = qScopeGuard([] { OrvexArchiveTranslations::install(QLocale::c()); });
+    QVERIFY(classify()->getDocumentTypes(rows, second));
+    QVERIFY(rows.contains(QStringLiteral("INV") + kSep + QStringLiteral("Rechnung")));
+    QVERIFY(classify()->getDocumentStatuses(rows, second));
+    QVERIFY(rows.contains(QStringLiteral("APP") + kSep + QStringLiteral("Freigegeben")));
+    QCOMPARE(classify()->getRoleNames({QStringLiteral("tavloUSER"), QStringLiteral("r_sales")}),
+             (QStringList{QStringLiteral("tavloUSER") + kSep + QStringLiteral("Alle Benutzer"),
+                          QStringLiteral("r_sales") + kSep + QStringLiteral("Vertrieb")})); // data stays as it is
+    const OrvexArchiveDocument letter = document(2);
+    QCOMPARE(letter.typeName, QStringLiteral("Schreiben"));
 }
 
 // Regression guard: readers on other threads while one thread writes must never
