@@ -146,8 +146,8 @@ QList<OrvexArchiveDocument> OrvexArchive::documents() const
         OrvexArchiveDocument document;
         document.id = query.value(0).toLongLong();
         document.title = query.value(1).toString();
-        document.typeName = query.value(2).toString();
-        document.statusName = query.value(3).toString();
+        document.typeName = OrvexSampleArchive::displayName(query.value(2).toString());
+        document.statusName = OrvexSampleArchive::displayName(query.value(3).toString());
         document.pages = query.value(4).toInt();
         document.versions = query.value(5).toInt();
         document.fileName = query.value(6).toString();

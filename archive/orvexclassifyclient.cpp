@@ -1,6 +1,7 @@
 #include "orvexclassifyclient.h"
 
 #include "orvexarchivestore.h"
+#include "orvexsamplearchive.h"
 #include "orvexsqlhelpers.h"
 
 #include <QDateTime>
@@ -365,7 +366,7 @@ bool OrvexClassifyClient::tableRows(const QString &table, QStringList &rows)
         return fail(OrvexStorageError::ofQuery(query));
     rows.clear();
     while (query.next())
-        rows << query.value(0).toString() + kSep + query.value(1).toString();
+        rows << query.value(0).toString() + kSep + OrvexSampleArchive::displayName(query.value(1).toString());
     return true;
 }
 
@@ -726,7 +727,7 @@ QStringList OrvexClassifyClient::getRoleNames(QStringList roleIds)
     for (const QString &roleId : qAsConst(roleIds)) {
         query.addBindValue(roleId);
         if (query.exec() && query.next())
-            names << roleId + kSep + query.value(0).toString();
+            names << roleId + kSep + OrvexSampleArchive::displayName(query.value(0).toString());
     }
     return names;
 }

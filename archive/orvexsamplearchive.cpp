@@ -40,12 +40,16 @@ struct TypeInfo
     const char *name;
     const char *prefix;
 };
-const TypeInfo kTypes[] = {{"INV", "Invoice", "Rechnung"},
-                           {"CON", "Contract", "Vertrag"},
-                           {"LET", "Letter", "Schreiben"},
-                           {"DEL", "Delivery note", "Lieferschein"},
-                           {"OFF", "Offer", "Angebot"}};
-const char *const kStatuses[][2] = {{"NEW", "New"}, {"INP", "In progress"}, {"APP", "Approved"}, {"ARC", "Archived"}};
+// The names are stored in English and shown in the user's language (displayName()).
+const TypeInfo kTypes[] = {{"INV", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Invoice"), "Rechnung"},
+                           {"CON", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Contract"), "Vertrag"},
+                           {"LET", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Letter"), "Schreiben"},
+                           {"DEL", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Delivery note"), "Lieferschein"},
+                           {"OFF", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Offer"), "Angebot"}};
+const char *const kStatuses[][2] = {{"NEW", QT_TRANSLATE_NOOP("OrvexSampleArchive", "New")},
+                                    {"INP", QT_TRANSLATE_NOOP("OrvexSampleArchive", "In progress")},
+                                    {"APP", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Approved")},
+                                    {"ARC", QT_TRANSLATE_NOOP("OrvexSampleArchive", "Archived")}};
 
 struct SampleDocument
 {
@@ -174,6 +178,11 @@ bool OrvexSampleArchive::writeSamplePdf(const QString &path, int index, int vers
     return false;
 }
 
+QString OrvexSampleArchive::displayName(const QString &name)
+{
+    return QCoreApplication::translate("OrvexSampleArchive", name.toUtf8().constData());
+}
+
 bool OrvexSampleArchive::seed(QSqlDatabase &db, QString &error)
 {
     const QList<QPair<QString, QString>> settings{
@@ -189,8 +198,10 @@ bool OrvexSampleArchive::seed(QSqlDatabase &db, QString &error)
                  {setting.first, setting.second}, error))
             return false;
     const QList<QStringList> roles{
-        {QStringLiteral("tavloUSER"), QStringLiteral("system"), QStringLiteral("All users")},
-        {QStringLiteral("tavloADMIN"), QStringLiteral("system"), QStringLiteral("Administrators")},
+        {QStringLiteral("tavloUSER"), QStringLiteral("system"),
+         QStringLiteral(QT_TRANSLATE_NOOP("OrvexSampleArchive", "All users"))},
+        {QStringLiteral("tavloADMIN"), QStringLiteral("system"),
+         QStringLiteral(QT_TRANSLATE_NOOP("OrvexSampleArchive", "Administrators"))},
     };
     for (const QStringList &role : roles)
         if (!run(db, QStringLiteral("INSERT INTO roles(id, kind, display_name) VALUES (?, ?, ?) ON CONFLICT DO NOTHING"),

@@ -21,6 +21,10 @@ public:
     static constexpr const char *Tenant = "orvex";
     static constexpr int Port = 7411;
 
+    // A name of the sample's types, statuses and system roles (stored in
+    // English) in the user's language; any other name as it is.
+    static QString displayName(const QString &name);
+
     // What every new archive holds: its connection settings and the system roles.
     static bool seed(QSqlDatabase &db, QString &error);
 

@@ -31,6 +31,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, libqt5svg5")
 # The desktop's viewer and mail launcher (xdg-open, xdg-email), and Qt's own
-# German texts for standard dialogs.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, qttranslations5-l10n")
+# German texts for standard dialogs, and the PostgreSQL driver for an archive
+# kept on a server (a postgresql:// location).
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "xdg-utils, qttranslations5-l10n, libqt5sql5-psql")
 include(CPack)

@@ -9,28 +9,58 @@
 #include <QDockWidget>
 #include <QTextStream>
 
+namespace {
+
+void setIdentity()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("orvexhost"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Vantrel GmbH"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORVEXHOST_VERSION));
+}
+
+// The help, the version or why the command line is wrong, on the right
+// stream; -1 when the host is to run.
+int answerCommandLine(const OrvexHostOptions &options)
+{
+    if (options.helpRequested || options.versionRequested) {
+        QTextStream(stdout) << (options.helpRequested ? options.helpText
+                                                      : QCoreApplication::applicationName() + QLatin1Char(' ')
+                                                            + QCoreApplication::applicationVersion()
+                                                            + QLatin1Char('\n'));
+        return int(OrvexHostExitCode::Ok);
+    }
+    if (!options.error.isEmpty()) {
+        QTextStream(stderr) << "orvexhost: " << options.error << "\n\n" << options.helpText;
+        return int(OrvexHostExitCode::Usage);
+    }
+    return -1;
+}
+
+} // namespace
+
 int main(int argc, char *argv[])
 {
+    setIdentity();
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    if (OrvexHostOptions::asksForTextOnly(arguments)) {
+        // No window: the help and the version need no display.
+        QCoreApplication app(argc, argv);
+        OrvexHostTranslations::install();
+        return answerCommandLine(OrvexHostOptions::parse(QCoreApplication::arguments()));
+    }
+
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // QtWebEngine in a plugin
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("orvexhost"));
-    QApplication::setOrganizationName(QStringLiteral("Vantrel GmbH"));
-    QApplication::setApplicationVersion(QStringLiteral(ORVEXHOST_VERSION));
     OrvexHostTranslations::install();
 
     QTextStream out(stdout);
     QTextStream err(stderr);
     const OrvexHostOptions options = OrvexHostOptions::parse(QApplication::arguments());
-    if (!options.error.isEmpty()) {
-        err << "orvexhost: " << options.error << "\n\n" << options.helpText;
-        return int(OrvexHostExitCode::Usage);
-    }
-    if (options.helpRequested || options.versionRequested) {
-        out << (options.helpRequested ? options.helpText
-                                      : QApplication::applicationName() + QLatin1Char(' ')
-                                            + QApplication::applicationVersion() + QLatin1Char('\n'));
-        return int(OrvexHostExitCode::Ok);
-    }
+    const int answered = answerCommandLine(options);
+    if (answered >= 0)
+        return answered;
 
     OrvexHostSession session;
     if (!session.start(options)) {

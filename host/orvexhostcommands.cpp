@@ -3,6 +3,7 @@
 #include "classifyinterface.h"
 #include "orvexarchiveworker.h"
 #include "orvexclassificationdialog.h"
+#include "orvexlauncher.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -213,8 +214,22 @@ bool OrvexHostCommands::openDocument(const QStringList &args)
         return fail(tr("Open document"),
                     tr("The document %1 could not be opened: %2").arg(docId).arg(m_worker->getLastError()));
     }
-    emit message(tr("Opened %1 in the viewer.").arg(QFileInfo(opened.value(0)).fileName()));
+    const QString name = QFileInfo(opened.value(0)).fileName();
+    emit message(tr("Opening %1 in the viewer...").arg(name));
+    reportLaunches(tr("Open document"), tr("Opened %1 in the viewer.").arg(name));
     return true;
+}
+
+void OrvexHostCommands::reportLaunches(const QString &title, const QString &success)
+{
+    for (OrvexLauncher *launcher : m_worker->launches()) {
+        connect(launcher, &OrvexLauncher::finished, this, [this, title, success](bool ok, const QString &error) {
+            if (ok)
+                emit message(success);
+            else
+                fail(title, error);
+        });
+    }
 }
 
 QList<QPair<QString, QString>> OrvexHostCommands::classificationRows(const QStringList &fields) const
@@ -283,9 +298,11 @@ bool OrvexHostCommands::exportDocuments(const QStringList &cardIds)
         return fail(tr("Export documents"),
                     tr("The documents could not be exported: %1").arg(m_worker->getLastError()));
     }
+    // Only files written count as done; the message names each one left out and why.
+    const OrvexExportSummary summary = m_worker->exportSummary();
     emit message(withUnknownCards(
-        tr("Export to %1: %2").arg(QDir::toNativeSeparators(folder), m_worker->exportSummary().text()), documents));
-    return true;
+        tr("Export to %1: %2").arg(QDir::toNativeSeparators(folder), summary.textWithReasons()), documents));
+    return summary.exported == documents.docIds.size();
 }
 
 bool OrvexHostCommands::mailDocuments(const QStringList &cardIds)
@@ -304,7 +321,9 @@ bool OrvexHostCommands::mailDocuments(const QStringList &cardIds)
         return fail(tr("Mail documents"),
                     tr("The documents could not be fetched for the e-mail: %1").arg(m_worker->getLastError()));
     }
-    emit message(withUnknownCards(
-        tr("Handed %n document(s) to the mail program.", nullptr, documents.docIds.size()), documents));
+    const int count = documents.docIds.size();
+    emit message(tr("Handing %n document(s) to the mail program...", nullptr, count));
+    reportLaunches(tr("Mail documents"),
+                   withUnknownCards(tr("Handed %n document(s) to the mail program.", nullptr, count), documents));
     return true;
 }

@@ -50,7 +50,9 @@ public:
     OrvexArchiveWorker *worker() const { return m_worker.get(); }
 
 public slots:
-    // True when the command was carried out; every failure is told to the user.
+    // True when the command was carried out or, for opening and mailing, the
+    // documents were handed to the desktop's program; whether that program
+    // worked follows as a message. Every failure is told to the user.
     bool carryOut(const QString &command, const QStringList &args);
 
 signals:
@@ -78,6 +80,9 @@ private:
     bool haveDocuments(const Documents &documents, const QStringList &cardIds);
     QList<QPair<QString, QString>> classificationRows(const QStringList &fields) const;
     bool connectWorker();
+    // Tells success, or fails with title, once each program the worker has
+    // just started has shown whether it works.
+    void reportLaunches(const QString &title, const QString &success);
     bool isOffline() const;
     // Tells the user why nothing or not everything was done; returns false.
     bool fail(const QString &title, const QString &text);

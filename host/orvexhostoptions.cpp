@@ -7,6 +7,20 @@
 #include <QCommandLineParser>
 #include <QDir>
 
+bool OrvexHostOptions::asksForTextOnly(const QStringList &arguments)
+{
+    static const QStringList textOnly{QStringLiteral("-h"), QStringLiteral("--help"), QStringLiteral("-?"),
+                                      QStringLiteral("--help-all"), QStringLiteral("-v"),
+                                      QStringLiteral("--version")};
+    for (int i = 1; i < arguments.size(); ++i) {
+        if (arguments.at(i) == QLatin1String("--"))
+            break;
+        if (textOnly.contains(arguments.at(i)))
+            return true;
+    }
+    return false;
+}
+
 OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
 {
     OrvexHostOptions options;
@@ -48,12 +62,14 @@ OrvexHostOptions OrvexHostOptions::parse(const QStringList &arguments)
     parser.addOptions({archiveOption, screenshotOption, stateOption, timeoutOption, pluginOption, userOption});
 
     options.helpText = parser.helpText();
-    if (!parser.parse(arguments)) {
+    const bool parsed = parser.parse(arguments);
+    // Asked for help, the user gets it, whatever else the line holds.
+    options.helpRequested = parser.isSet(helpOption);
+    options.versionRequested = parser.isSet(versionOption);
+    if (!parsed) {
         options.error = parser.errorText();
         return options;
     }
-    options.helpRequested = parser.isSet(helpOption);
-    options.versionRequested = parser.isSet(versionOption);
     if (!parser.positionalArguments().isEmpty()) {
         options.error = tr("Unexpected argument: %1").arg(parser.positionalArguments().constFirst());
         return options;

@@ -14,6 +14,9 @@ public:
 
     // arguments as QCoreApplication::arguments() gives them, program name first.
     static OrvexHostOptions parse(const QStringList &arguments);
+    // Whether the command line asks only for the help or the version, which
+    // are printed without a display.
+    static bool asksForTextOnly(const QStringList &arguments);
 
     QString archiveFolder;  // --archive (a folder or a server address), default: the archive's default location
     QString screenshotFile; // --screenshot, empty: run interactively

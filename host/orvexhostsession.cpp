@@ -73,6 +73,7 @@ bool OrvexHostSession::start(const OrvexHostOptions &options)
     refreshDocuments();
     m_window->installWorkbench(m_workbench.get(), m_archive->classifyClient(), m_archive->archiveClient(),
                                m_archive->connectionValues());
+    m_window->restoreLayout();
 
     m_dataChanged.setSingleShot(true);
     m_dataChanged.setInterval(0);

@@ -12,17 +12,28 @@
 #include "orvexhostuploader.h"
 #include "orvexhoverwidgetpresenter.h"
 #include "orvexsnackbarfilter.h"
+#include "orvexstatusbaroffer.h"
 #include "tavlodocplugininterface.h"
 
+#include <QCloseEvent>
 #include <QDir>
 #include <QDockWidget>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QLoggingCategory>
+#include <QSettings>
 #include <QStatusBar>
+#include <QTabWidget>
 
 Q_LOGGING_CATEGORY(lcHost, "orvex.host")
+
+namespace {
+// Bumped when the window's docks change, so that an old state is not applied.
+constexpr int kStateVersion = 1;
+// The property by which a workbench board names its clipboard.
+const char kClipboardIdProperty[] = "clipboardId";
+} // namespace
 
 OrvexHostWindow::OrvexHostWindow(QWidget *parent)
     : QMainWindow(parent)
@@ -64,7 +75,14 @@ OrvexHostWindow::OrvexHostWindow(QWidget *parent)
         ui->m_filter->selectAll();
     });
     connect(ui->actionReload, &QAction::triggered, this, &OrvexHostWindow::reload);
-    connect(m_snackbars, &OrvexSnackbarFilter::snackbar, statusBar(), &QStatusBar::showMessage);
+    m_offer = new OrvexStatusBarOffer(statusBar());
+    connect(m_snackbars, &OrvexSnackbarFilter::snackbar, this,
+            [this](const QString &text, int timeoutMs, QAction *action) {
+                if (action)
+                    m_offer->show(text, action);
+                else
+                    statusBar()->showMessage(text, timeoutMs);
+            });
     // The status bar paints its message itself; as its accessible name a
     // screen reader (and the real-input tests) can read it too.
     connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setAccessibleName);
@@ -146,6 +164,57 @@ QDockWidget *OrvexHostWindow::installWorkbench(TavloDocPluginInterface *plugin, 
         ui->menuView->addActions(pluginActions);
     }
     return m_workbenchDock;
+}
+
+QTabWidget *OrvexHostWindow::clipboardTabs() const
+{
+    return m_workbenchDock ? m_workbenchDock->findChild<QTabWidget *>() : nullptr;
+}
+
+QString OrvexHostWindow::currentClipboard() const
+{
+    const QTabWidget *tabs = clipboardTabs();
+    const QWidget *board = tabs ? tabs->currentWidget() : nullptr;
+    return board ? board->property(kClipboardIdProperty).toString() : QString();
+}
+
+bool OrvexHostWindow::showClipboard(const QString &uuid)
+{
+    QTabWidget *tabs = clipboardTabs();
+    if (!tabs || uuid.isEmpty())
+        return false;
+    for (int i = 0; i < tabs->count(); ++i) {
+        if (tabs->widget(i)->property(kClipboardIdProperty).toString() == uuid && tabs->isTabEnabled(i)) {
+            tabs->setCurrentIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+void OrvexHostWindow::restoreLayout()
+{
+    const QSettings settings;
+    restoreGeometry(settings.value(QLatin1String(GeometryKey)).toByteArray());
+    restoreState(settings.value(QLatin1String(StateKey)).toByteArray(), kStateVersion);
+    ui->m_documentView->horizontalHeader()->restoreState(settings.value(QLatin1String(ListHeaderKey)).toByteArray());
+    showClipboard(settings.value(QLatin1String(ClipboardKey)).toString());
+}
+
+void OrvexHostWindow::saveLayout() const
+{
+    QSettings settings;
+    settings.setValue(QLatin1String(GeometryKey), saveGeometry());
+    settings.setValue(QLatin1String(StateKey), saveState(kStateVersion));
+    settings.setValue(QLatin1String(ListHeaderKey), ui->m_documentView->horizontalHeader()->saveState());
+    if (m_workbenchDock)
+        settings.setValue(QLatin1String(ClipboardKey), currentClipboard());
+}
+
+void OrvexHostWindow::closeEvent(QCloseEvent *event)
+{
+    saveLayout();
+    QMainWindow::closeEvent(event);
 }
 
 void OrvexHostWindow::sendCurrentDocIds()

@@ -13,6 +13,7 @@ class OrvexDocumentFilterModel;
 class OrvexHostCommands;
 class OrvexDocumentListModel;
 class OrvexSnackbarFilter;
+class OrvexStatusBarOffer;
 class QDockWidget;
 class QLabel;
 class TavloDocPluginInterface;
@@ -53,6 +54,21 @@ public:
     QList<qlonglong> selectedDocumentIds() const;
     void selectDocuments(const QList<qlonglong> &ids);
 
+    // Settings keys of the layout (the host's organisation and application).
+    static constexpr const char *GeometryKey = "window/geometry";
+    static constexpr const char *StateKey = "window/state"; // docks, their widths
+    static constexpr const char *ListHeaderKey = "window/documentListHeader";
+    static constexpr const char *ClipboardKey = "workbench/lastClipboard"; // the uuid of the tab shown
+    // Brings back the layout the window had when it was last closed: its
+    // geometry, the dock's place and width, the list's order and the
+    // clipboard tab shown, if that clipboard is still there. Call after
+    // installWorkbench and before showing the window.
+    void restoreLayout();
+    void saveLayout() const;
+    // The clipboard of the workbench tab shown, by uuid; empty without one.
+    QString currentClipboard() const;
+    bool showClipboard(const QString &uuid);
+
     // Called when a drag of documents starts from the document list: shows the
     // workbench's clipboard chooser beside the dock. False without one.
     bool showClipboardChooser();
@@ -68,7 +84,11 @@ public slots:
     // refresh, so its tabs and cards follow the archive.
     void refreshWorkbench();
 
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
 private:
+    class QTabWidget *clipboardTabs() const;
     // The workbench asks which documents are selected (requestCurrentDocIds).
     void sendCurrentDocIds();
     void updateDocumentCount();
@@ -82,6 +102,7 @@ private:
     QLabel *m_countLabel;
     QLabel *m_userLabel;
     OrvexSnackbarFilter *m_snackbars;
+    OrvexStatusBarOffer *m_offer = nullptr;
     TavloDocPluginInterface *m_workbench = nullptr;
     QDockWidget *m_workbenchDock = nullptr;
     OrvexArchiveWorker *m_archiveWorker = nullptr;

@@ -27,8 +27,9 @@ bool OrvexSnackbarFilter::eventFilter(QObject *watched, QEvent *event)
     // An application-wide filter sees every event: keep the test cheap.
     if (event->type() != QSnackbarEvent::snackbarType() || watched != QCoreApplication::instance())
         return QObject::eventFilter(watched, event);
-    const QString text = static_cast<QSnackbarEvent *>(event)->getText();
+    const auto *snackbar = static_cast<QSnackbarEvent *>(event);
+    const QString text = snackbar->getText();
     if (!text.isEmpty())
-        emit snackbar(text, displayMilliseconds(text));
+        emit this->snackbar(text, displayMilliseconds(text), snackbar->action());
     return true;
 }

@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+class QAction;
+
 // Picks up the workbench's snackbar events (QSnackbarEvent), which it posts to
 // the application object, and hands their texts on for a transient message.
 class OrvexSnackbarFilter : public QObject
@@ -19,5 +21,7 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 signals:
-    void snackbar(const QString &text, int timeoutMs);
+    // action: what the message offers ("Undo"), or null; while it exists the
+    // message stands, whatever timeoutMs says.
+    void snackbar(const QString &text, int timeoutMs, QAction *action);
 };

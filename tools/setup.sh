@@ -5,11 +5,13 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-# Libraries and data: checked by package.
+# Libraries and data: checked by package. qttranslations5-l10n holds Qt's own
+# German texts (standard buttons, the command-line help).
 PACKAGES="qtbase5-dev qtwebengine5-dev libqt5webchannel5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools
 libqt5sql5-sqlite libqt5sql5-psql libpq-dev postgresql libpoppler-qt5-dev libsqlite3-dev libssl-dev
 xvfb xauth fonts-dejavu-core
-xdotool openbox x11-utils dbus at-spi2-core"
+xdotool openbox x11-utils dbus at-spi2-core
+qttranslations5-l10n"
 # Tools: checked by command, since they may come from elsewhere than Debian.
 # desktop-file-validate checks the installed desktop entry; make package needs
 # dpkg-shlibdeps and file.

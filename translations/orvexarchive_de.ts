@@ -489,6 +489,53 @@ Rückgabewerte: 0 kopiert und gleich, 1 falsche Befehlszeile, 2 nicht kopiert, 3
     </message>
 </context>
 <context>
+    <name>OrvexSampleArchive</name>
+    <message>
+        <source>Invoice</source>
+        <translation>Rechnung</translation>
+    </message>
+    <message>
+        <source>Contract</source>
+        <translation>Vertrag</translation>
+    </message>
+    <message>
+        <source>Letter</source>
+        <translation>Schreiben</translation>
+    </message>
+    <message>
+        <source>Delivery note</source>
+        <translation>Lieferschein</translation>
+    </message>
+    <message>
+        <source>Offer</source>
+        <translation>Angebot</translation>
+    </message>
+    <message>
+        <source>New</source>
+        <translation>Neu</translation>
+    </message>
+    <message>
+        <source>In progress</source>
+        <translation>In Bearbeitung</translation>
+    </message>
+    <message>
+        <source>Approved</source>
+        <translation>Freigegeben</translation>
+    </message>
+    <message>
+        <source>Archived</source>
+        <translation>Archiviert</translation>
+    </message>
+    <message>
+        <source>All users</source>
+        <translation>Alle Benutzer</translation>
+    </message>
+    <message>
+        <source>Administrators</source>
+        <translation>Administratoren</translation>
+    </message>
+</context>
+<context>
     <name>OrvexStorageError</name>
     <message>
         <source>The archive database cannot be opened</source>

@@ -268,6 +268,17 @@
         </translation>
     </message>
     <message>
+        <source>Opening %1 in the viewer...</source>
+        <translation>%1 wird im Betrachter geöffnet ...</translation>
+    </message>
+    <message numerus="yes">
+        <source>Handing %n document(s) to the mail program...</source>
+        <translation>
+            <numerusform>%n Dokument wird an das E-Mail-Programm übergeben ...</numerusform>
+            <numerusform>%n Dokumente werden an das E-Mail-Programm übergeben ...</numerusform>
+        </translation>
+    </message>
+    <message>
         <source>Export to %1: %2</source>
         <translation>Export nach %1: %2</translation>
     </message>

@@ -65,6 +65,13 @@
             <numerusform>Handed %n documents to the mail program.</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>Handing %n document(s) to the mail program...</source>
+        <translation>
+            <numerusform>Handing %n document to the mail program...</numerusform>
+            <numerusform>Handing %n documents to the mail program...</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>OrvexHostUploader</name>

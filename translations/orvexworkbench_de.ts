@@ -115,14 +115,6 @@
         <translation>Dokument(e) senden...</translation>
     </message>
     <message>
-        <source>E-Mail Command</source>
-        <translation>E-Mail-Befehl</translation>
-    </message>
-    <message>
-        <source>The e-mail could not be created, unable to start Mail-Client!</source>
-        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
-    </message>
-    <message>
         <source>Another upload is still running.</source>
         <translation>Es läuft noch ein anderes Hochladen.</translation>
     </message>
@@ -156,7 +148,7 @@
     </message>
     <message>
         <source>do_archive</source>
-        <translation>Archivieren</translation>
+        <translation>Trotzdem archivieren</translation>
     </message>
     <message>
         <source>Discard</source>
@@ -181,6 +173,22 @@
     <message>
         <source>Archive Anyway</source>
         <translation>Trotzdem archivieren</translation>
+    </message>
+    <message>
+        <source>The file names were not confirmed.</source>
+        <translation>Die Dateinamen wurden nicht bestätigt.</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved (%2).</source>
+        <translation>%1 konnte nicht gespeichert werden (%2).</translation>
+    </message>
+    <message>
+        <source>%1 could not be overwritten (%2).</source>
+        <translation>%1 konnte nicht überschrieben werden (%2).</translation>
+    </message>
+    <message>
+        <source>%1 already exists and was kept.</source>
+        <translation>%1 ist schon vorhanden und wurde behalten.</translation>
     </message>
 </context>
 <context>
@@ -295,6 +303,53 @@
     </message>
 </context>
 <context>
+    <name>OrvexLauncher</name>
+    <message>
+        <source>The e-mail could not be created, unable to start Mail-Client!</source>
+        <translation>Die E-Mail konnte nicht erstellt werden, das E-Mail-Programm lässt sich nicht starten!</translation>
+    </message>
+    <message>
+        <source>No mail program is set up (%1).</source>
+        <translation>Es ist kein E-Mail-Programm eingerichtet (%1).</translation>
+    </message>
+    <message>
+        <source>%1 was not found.</source>
+        <translation>%1 wurde nicht gefunden.</translation>
+    </message>
+    <message>
+        <source>No program to open %1 is set up (%2).</source>
+        <translation>Es ist kein Programm zum Öffnen von %1 eingerichtet (%2).</translation>
+    </message>
+    <message>
+        <source>No program to open %1 files is set up (%2).</source>
+        <translation>Es ist kein Programm zum Öffnen von %1-Dateien eingerichtet (%2).</translation>
+    </message>
+    <message>
+        <source>%1 could not be started (%2).</source>
+        <translation>%1 ließ sich nicht starten (%2).</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened: %2 could not be started (%3).</source>
+        <translation>%1 konnte nicht geöffnet werden: %2 ließ sich nicht starten (%3).</translation>
+    </message>
+    <message>
+        <source>The mail program %1 crashed.</source>
+        <translation>Das E-Mail-Programm %1 ist abgestürzt.</translation>
+    </message>
+    <message>
+        <source>The mail program %1 ended with exit code %2.</source>
+        <translation>Das E-Mail-Programm %1 endete mit dem Rückgabewert %2.</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened: %2 crashed.</source>
+        <translation>%1 konnte nicht geöffnet werden: %2 ist abgestürzt.</translation>
+    </message>
+    <message>
+        <source>%1 could not be opened: %2 ended with exit code %3.</source>
+        <translation>%1 konnte nicht geöffnet werden: %2 endete mit dem Rückgabewert %3.</translation>
+    </message>
+</context>
+<context>
     <name>OrvexMimeData</name>
     <message>
         <source>Warning</source>
@@ -311,6 +366,13 @@
     <message>
         <source>There is no connection to the archive.</source>
         <translation>Es besteht keine Verbindung zum Archiv.</translation>
+    </message>
+</context>
+<context>
+    <name>OrvexUndoOffer</name>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
     </message>
 </context>
 <context>
@@ -532,6 +594,58 @@
         <source>Clipboard %1 is full: it holds at most %2 documents.</source>
         <translation>Die Zwischenablage %1 ist voll: Sie fasst höchstens %2 Dokumente.</translation>
     </message>
+    <message>
+        <source>Nothing was added to clipboard %1: the dragged data names no documents.</source>
+        <translation>Zur Zwischenablage %1 wurde nichts hinzugefügt: Die gezogenen Daten nennen keine Dokumente.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n already on it</source>
+        <translation>
+            <numerusform>%n war schon darin</numerusform>
+            <numerusform>%n waren schon darin</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n left out: it holds at most %1 documents</source>
+        <translation>
+            <numerusform>%n ausgelassen: Sie fasst höchstens %1 Dokumente</numerusform>
+            <numerusform>%n ausgelassen: Sie fasst höchstens %1 Dokumente</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n refused by the archive</source>
+        <translation>
+            <numerusform>%n vom Archiv abgelehnt</numerusform>
+            <numerusform>%n vom Archiv abgelehnt</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n without a valid id</source>
+        <translation>
+            <numerusform>%n ohne gültige ID</numerusform>
+            <numerusform>%n ohne gültige ID</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Clipboard %1 is read-only: cards cannot be removed from it.</source>
+        <translation>Die Zwischenablage %1 ist schreibgeschützt: Karten können nicht daraus entfernt werden.</translation>
+    </message>
+    <message>
+        <source>Card %1 removed from clipboard %2.</source>
+        <translation>Karte %1 aus der Zwischenablage %2 entfernt.</translation>
+    </message>
+    <message>
+        <source>Card %1 could not be removed from clipboard %2.</source>
+        <translation>Karte %1 konnte nicht aus der Zwischenablage %2 entfernt werden.</translation>
+    </message>
+    <message>
+        <source>Card %1 cannot come back: clipboard %2 is full.</source>
+        <translation>Karte %1 kann nicht zurückkommen: Die Zwischenablage %2 ist voll.</translation>
+    </message>
+    <message>
+        <source>A note holds at most %1 characters: the rest was left out.</source>
+        <translation>Eine Notiz fasst höchstens %1 Zeichen: Der Rest wurde weggelassen.</translation>
+    </message>
 </context>
 <context>
     <name>orvexworkbenchdock</name>
@@ -559,8 +673,39 @@
         <translation>Zwischenablage entfernen: </translation>
     </message>
     <message>
+        <source>No clipboard matches</source>
+        <translation>Keine Zwischenablage passt</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 removed.</source>
+        <translation>Zwischenablage %1 entfernt.</translation>
+    </message>
+    <message>
+        <source>Clipboard %1 could not be removed.</source>
+        <translation>Zwischenablage %1 konnte nicht entfernt werden.</translation>
+    </message>
+    <message>
         <source>Read-only: you may view this clipboard but not change it.</source>
         <translation>Schreibgeschützt: Sie dürfen diese Zwischenablage ansehen, aber nicht ändern.</translation>
+    </message>
+    <message>
+        <source>At most %1 characters</source>
+        <translation>Höchstens %1 Zeichen</translation>
+    </message>
+    <message>
+        <source>A clipboard needs a name: %1 keeps its name.</source>
+        <translation>Eine Zwischenablage braucht einen Namen: %1 behält ihren Namen.</translation>
+    </message>
+    <message numerus="yes">
+        <source>A clipboard name has at most %n characters.</source>
+        <translation>
+            <numerusform>Der Name einer Zwischenablage hat höchstens %n Zeichen.</numerusform>
+            <numerusform>Der Name einer Zwischenablage hat höchstens %n Zeichen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Clipboard %1 could not be renamed.</source>
+        <translation>Zwischenablage %1 konnte nicht umbenannt werden.</translation>
     </message>
 </context>
 </TS>

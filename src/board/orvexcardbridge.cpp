@@ -60,6 +60,11 @@ bool orvexcardbridge::saveCard(QString id, QString text)
     return m_board->saveCard(id, text);
 }
 
+void orvexcardbridge::noteCut(QString id)
+{
+    m_board->noteCut(id);
+}
+
 void orvexcardbridge::searchCards(QString text)
 {
     m_board->searchCards(text);

@@ -31,6 +31,8 @@ public slots:
     void openDocument(QString id, QString bemerkung, QString cardid);
     void showClassification(QString id);
     bool saveCard(QString id, QString text);
+    // What was typed or pasted into the card's note went beyond the limit and was cut.
+    void noteCut(QString id);
     void searchCards(QString text);
     QString getCardPixmap(QString cardid, QString docid, QString curpage);
     void startDrag();

@@ -9,6 +9,7 @@
 #include "orvexcbrights.h"
 #include "orvexlog.h"
 #include "orvexmimedata.h"
+#include "orvexundooffer.h"
 #include "qsnackbarevent.h"
 
 #include <QApplication>
@@ -136,6 +137,7 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
 orvexwbwebview::~orvexwbwebview()
 {
     stop();
+    settleCardRemovals(true);
     if (m_archiveClient)
         m_archiveClient->resetConnection();
     m_channel->deregisterObject(m_bridge);
@@ -453,10 +455,14 @@ void orvexwbwebview::dragEnterEvent(QDragEnterEvent *event)
     // asking their data for URLs would make it export documents.
     if (event->mimeData() && event->mimeData()->hasFormat(kDragMarker)) {
         // A card over its own board goes nowhere; elsewhere the user learns
-        // at once why a board will not take the documents.
+        // at once why a board will not take the documents, once per drag
+        // however often it comes back over the board.
         const QString reason = event->source() == this ? QString() : refusal(event->mimeData());
-        if (!reason.isEmpty())
+        auto *data = const_cast<QMimeData *>(event->mimeData());
+        if (!reason.isEmpty() && m_refusedDrag != data) {
+            m_refusedDrag = data;
             QSnackbarEvent(reason).send();
+        }
         event->acceptProposedAction();
         return;
     }
@@ -495,6 +501,11 @@ void orvexwbwebview::dropEvent(QDropEvent *event)
     }
     event->setDropAction(event->proposedAction());
     event->accept();
+    if (docIds.isEmpty()) {
+        QSnackbarEvent(tr("Nothing was added to clipboard %1: the dragged data names no documents.").arg(m_tabText))
+            .send();
+        return;
+    }
     addDocuments(docIds, docsIds, notes);
 }
 
@@ -510,6 +521,10 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
     progress.show();
 
     int added = 0;
+    int already = 0;
+    int leftOut = 0;
+    int refused = 0;
+    int invalid = 0;
     QString lastCard;
     for (int i = 0; i < docIds.size(); ++i) {
         progress.setValue(i);
@@ -517,16 +532,22 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             break;
         const QString &docId = docIds.at(i);
         const QString &docsId = docsIds.at(i);
-        if (m_cards.contains(docsId))
+        if (m_cards.contains(docsId)) {
+            ++already;
             continue;
+        }
         // Refused before the server sees them: an entry there without a card
         // here would be one the user never saw added.
         if (!isId(docId) || !isId(docsId)) {
             orvexWarning() << "DROP ENTRY REFUSED" << docId << docsId;
+            ++invalid;
             continue;
         }
-        if (m_cards.size() >= m_cardLimit)
+        if (m_cards.size() >= m_cardLimit) {
+            for (int rest = i; rest < docIds.size(); ++rest)
+                ++(m_cards.contains(docsIds.at(rest)) ? already : leftOut);
             break;
+        }
         orvexDebug() << "ADD DOCIDS TO  CLIPBOARD " << docId << docsId;
         if (m_classifyClient->addToClipboard(m_id, docId, docsId)) {
             const QString note = notes.value(i);
@@ -535,6 +556,8 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
             appendCard(docId, docsId, note, true);
             lastCard = docsId;
             ++added;
+        } else {
+            ++refused;
         }
         if (isStopped())
             break;
@@ -543,7 +566,20 @@ int orvexwbwebview::addDocuments(const QStringList &docIds, const QStringList &d
 
     if (!lastCard.isEmpty())
         emit javascript(orvexcardscripts::scrollToCard(lastCard));
-    QSnackbarEvent(tr("Added %1 document(s) to clipboard %2").arg(QString::number(added), m_tabText)).send();
+    // One message for the whole drop, saying why what was not added was not.
+    QStringList reasons;
+    if (already > 0)
+        reasons << tr("%n already on it", nullptr, already);
+    if (leftOut > 0)
+        reasons << tr("%n left out: it holds at most %1 documents", nullptr, leftOut).arg(m_cardLimit);
+    if (refused > 0)
+        reasons << tr("%n refused by the archive", nullptr, refused);
+    if (invalid > 0)
+        reasons << tr("%n without a valid id", nullptr, invalid);
+    QString message = tr("Added %1 document(s) to clipboard %2").arg(QString::number(added), m_tabText);
+    if (!reasons.isEmpty())
+        message += QStringLiteral(" (") + reasons.join(QStringLiteral("; ")) + QLatin1Char(')');
+    QSnackbarEvent(message).send();
     return added;
 }
 
@@ -560,7 +596,7 @@ QString orvexwbwebview::appendCard(QString docId, QString docsId, QString commen
         return QString();
     if (m_cards.size() >= m_cardLimit)
         return QString();
-    if (m_cards.contains(docsId))
+    if (m_cards.contains(docsId) || m_pendingRemovals.contains(docsId))
         return QString();
     if (!isId(docId) || !isId(docsId)) {
         orvexWarning() << "APPEND CARD REFUSED" << docId << docsId;
@@ -586,8 +622,29 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
         orvexWarning() << "REMOVE CARD REFUSED" << id;
         return;
     }
+    if (doServer && m_cards.contains(id) && !m_writeable) {
+        QSnackbarEvent(tr("Clipboard %1 is read-only: cards cannot be removed from it.").arg(m_tabText)).send();
+        return;
+    }
+    if (doServer && m_cards.contains(id) && !isStopped()) {
+        const QString docId = m_cards.value(id);
+        const QString note = noteOf(id);
+        dropCard(id);
+        auto *offer = new OrvexUndoOffer(
+            tr("Card %1 removed from clipboard %2.").arg(docId, m_tabText),
+            [this, id, docId] { commitCardRemoval(id, docId); },
+            [this, id, docId, note] { restoreCard(id, docId, note); }, this);
+        m_pendingRemovals.insert(id, offer);
+        offer->offer();
+        return;
+    }
     if (doServer && m_classifyClient)
         m_classifyClient->removeFromClipboard(m_id, id);
+    dropCard(id);
+}
+
+void orvexwbwebview::dropCard(const QString &id)
+{
     m_cards.remove(id);
     m_pictured.remove(id);
     runScript(orvexcardscripts::maxPageQuery(id));
@@ -597,8 +654,50 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
     emit javascript(countLine());
 }
 
+void orvexwbwebview::commitCardRemoval(const QString &id, const QString &docId)
+{
+    // No longer pending: the whole clipboard was cleared meanwhile.
+    if (!m_pendingRemovals.remove(id))
+        return;
+    if (m_classifyClient && m_classifyClient->removeFromClipboard(m_id, id))
+        return;
+    orvexWarning() << "REMOVE CARD refused" << id;
+    // Still on the server: the next update brings the card back.
+    QSnackbarEvent(tr("Card %1 could not be removed from clipboard %2.").arg(docId, m_tabText)).send();
+    updateCards();
+}
+
+void orvexwbwebview::restoreCard(const QString &id, const QString &docId, const QString &note)
+{
+    m_pendingRemovals.remove(id);
+    if (isStopped())
+        return;
+    if (appendCard(docId, id, note, true).isEmpty()) {
+        // No room on the board: the entry must not stay on the server unseen.
+        QSnackbarEvent(tr("Card %1 cannot come back: clipboard %2 is full.").arg(docId, m_tabText)).send();
+        if (m_classifyClient)
+            m_classifyClient->removeFromClipboard(m_id, id);
+        return;
+    }
+    // Back in its place among the others, and in view.
+    emit javascript(orvexcardscripts::scrollToCard(id));
+}
+
+void orvexwbwebview::settleCardRemovals(bool onServer)
+{
+    const QList<QPointer<OrvexUndoOffer>> offers = m_pendingRemovals.values();
+    if (!onServer)
+        m_pendingRemovals.clear(); // what is no longer pending is not committed
+    for (const QPointer<OrvexUndoOffer> &offer : offers)
+        if (offer)
+            offer->commitNow();
+    m_pendingRemovals.clear();
+}
+
 void orvexwbwebview::clearClipboard()
 {
+    // The server's clearing below takes the entries of the pending removals along.
+    settleCardRemovals(false);
     // On a read-only board the server decides; the page stays as it is.
     if (m_writeable) {
         const QStringList ids = m_cards.keys();
@@ -618,6 +717,13 @@ bool orvexwbwebview::saveCard(QString id, QString text)
     // The page keeps the note as typed and offers it again when its field is left.
     QSnackbarEvent(tr("The note could not be saved. Leave its field again to try once more.")).send();
     return false;
+}
+
+void orvexwbwebview::noteCut(QString id)
+{
+    if (!m_cards.contains(id))
+        return;
+    QSnackbarEvent(tr("A note holds at most %1 characters: the rest was left out.").arg(MaxNoteLength)).send();
 }
 
 void orvexwbwebview::updateComment(QString id, QString comment)

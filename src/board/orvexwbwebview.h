@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <QMap>
+#include <QMimeData>
 #include <QMutex>
 #include <QPixmap>
 #include <QPointer>
@@ -21,10 +22,11 @@ class ClassifyInterface;
 class QDragEnterEvent;
 class QDragMoveEvent;
 class QDropEvent;
-class QMimeData;
+
 class QWebChannel;
 class kelArchiveClientInterface;
 class OrvexArchiveWorker;
+class OrvexUndoOffer;
 class orvexboardjobs;
 class orvexcardbridge;
 
@@ -40,6 +42,8 @@ class orvexcardbridge;
 class ORVEXWORKBENCH_EXPORT orvexwbwebview : public QWebEngineView
 {
     Q_OBJECT
+    // The clipboard's uuid, for hosts that keep the tab shown across restarts.
+    Q_PROPERTY(QString clipboardId READ getId)
 
 public:
     explicit orvexwbwebview(QWidget *parent = nullptr);
@@ -77,6 +81,8 @@ public:
     // Whether a background update is running.
     bool isUpdating() const;
     static int cardLimit();
+    // The longest note the archive keeps, in characters (the page's limit too).
+    static constexpr int MaxNoteLength = 1024;
 
     // Whether a drag carrying data may be dropped here: a writeable board with
     // room for another card and the drag marker "x-application-orvex".
@@ -113,6 +119,8 @@ public slots:
     void searchCards(QString text);
     // Stores a card's note as the user typed it; false when the server refused it.
     bool saveCard(QString id, QString text);
+    // Tells the user that a note was cut to the limit the archive keeps.
+    void noteCut(QString id);
     void openDocument(QString id, QString bemerkung, QString cardid);
     void showClassification(QString id);
     QString getCardPixmap(QString cardid, QString docid, QString curpage);
@@ -139,6 +147,9 @@ public slots:
     QString appendCard(QString docId, QString docsId, QString comment = QString(), bool doAdd = true);
     void reloadCards();
     void updateComment(QString id, QString comment);
+    // doServer: the user removes the card. It leaves the page at once and
+    // the server when the time to undo is over (or the board closes); until
+    // then "Undo" in the status bar puts it back with its note and place.
     void removeCard(QString id, bool doServer);
     void sortCards();
     void doFocusTab();
@@ -158,6 +169,14 @@ private:
     void pageLoaded();
     void runCardDrag(const QString &cardId);
     QString noteOf(const QString &cardId) const;
+    // Takes the card off the page and out of the cards hash.
+    void dropCard(const QString &id);
+    // The two ends of a removal the user may undo.
+    void commitCardRemoval(const QString &id, const QString &docId);
+    void restoreCard(const QString &id, const QString &docId, const QString &note);
+    // Ends every removal still open to undo: final on the server, or (when
+    // the caller clears the whole clipboard there) just no longer offered.
+    void settleCardRemovals(bool onServer);
 
     orvexboardjobs *m_jobs = nullptr;
     QMap<QString, QString> m_translations;
@@ -166,6 +185,9 @@ private:
     QPointer<kelArchiveClientInterface> m_archiveClient;
     ClassifyInterface *m_classifyClient = nullptr;
     QHash<QString, QString> m_cards;
+    // Cards removed by the user that are still on the server, each with its
+    // offer to undo; no reload or update brings them back meanwhile.
+    QHash<QString, QPointer<OrvexUndoOffer>> m_pendingRemovals;
     QHash<QString, QString> m_documentTypes;
     QHash<QString, QString> m_statuses;
     QPointer<QTabBar> m_lastTabBar;
@@ -179,6 +201,7 @@ private:
     orvexcardbridge *m_bridge = nullptr;
     OrvexArchiveWorker *m_dragWorker = nullptr; // exports the cards dragged out
     bool m_cardDragRunning = false;
+    QPointer<QMimeData> m_refusedDrag; // the drag last told why it cannot be dropped here
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
     QMutex m_scriptsMutex; // guards the two below, filled by pool threads

@@ -27,6 +27,16 @@ void QSnackbarEvent::setText(const QString &text)
     m_text = text;
 }
 
+QAction *QSnackbarEvent::action() const
+{
+    return m_action;
+}
+
+void QSnackbarEvent::setAction(QAction *action)
+{
+    m_action = action;
+}
+
 void QSnackbarEvent::send(QObject *receiver) const
 {
     QObject *target = receiver ? receiver : QCoreApplication::instance();
@@ -35,5 +45,7 @@ void QSnackbarEvent::send(QObject *receiver) const
         return;
     }
     // Posted events are owned and deleted by Qt, so the copy goes on the heap.
-    QCoreApplication::postEvent(target, new QSnackbarEvent(m_text));
+    auto *copy = new QSnackbarEvent(m_text);
+    copy->setAction(m_action);
+    QCoreApplication::postEvent(target, copy);
 }

@@ -417,7 +417,7 @@ QVariant OrvexMimeData::getFiles(const QString &mimeType, QVariant::Type type) c
                                                     -1, isOffline(m_classifyClient), false, false,
                                                     QStringLiteral("IGNORE"))) {
             // The drop target shows nothing of it: the host's status line tells what was written.
-            QSnackbarEvent(m_archiveWorker->exportSummary().text()).send();
+            QSnackbarEvent(m_archiveWorker->exportSummary().textWithReasons()).send();
         } else if (!m_archiveWorker->isCanceled()) {
             QMessageBox::critical(nullptr, tr("Failed to export: "), m_archiveWorker->getLastError(),
                                   QMessageBox::Ok);

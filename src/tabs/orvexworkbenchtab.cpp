@@ -3,16 +3,20 @@
 #include "classifyinterface.h"
 #include "orvexclipboardchooser.h"
 #include "orvexlog.h"
+#include "orvexundooffer.h"
 #include "orvexwbwebview.h"
+#include "qsnackbarevent.h"
 
 #include <QCursor>
 #include <QEventLoop>
 #include <QHash>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QSet>
+#include <QStackedWidget>
 #include <QStyle>
 #include <QTabBar>
 #include <QTimer>
@@ -22,7 +26,6 @@
 
 namespace {
 const QChar kFieldSeparator(0xFEFF);
-const int kMaxTitleLength = 254;
 const int kRecreateDelay = 100;
 // A page that never reports its load must not freeze the dock for good.
 const int kPageLoadTimeout = 60000;
@@ -44,6 +47,14 @@ orvexworkbenchtab::orvexworkbenchtab(QWidget *parent)
     connectTabBar();
     tabBar()->installEventFilter(this);
     addAddTab();
+
+    // Stands in for the boards while the filter leaves no tab.
+    m_noMatch = new QLabel(tr("No clipboard matches"), this);
+    m_noMatch->setObjectName(QStringLiteral("m_noMatch"));
+    m_noMatch->setAccessibleName(m_noMatch->text());
+    m_noMatch->setAlignment(Qt::AlignCenter);
+    m_noMatch->setAutoFillBackground(true);
+    m_noMatch->hide();
 }
 
 orvexworkbenchtab::~orvexworkbenchtab()
@@ -146,6 +157,8 @@ void orvexworkbenchtab::reloadData()
 void orvexworkbenchtab::stop()
 {
     orvexDebug() << "STOP STARTED";
+    // Removals still open to undo become final now: closing must not lose them.
+    settleRemovals();
     for (const auto &entry : qAsConst(m_boards)) {
         entry.second->blockSignals(true);
         entry.second->stop();
@@ -251,6 +264,9 @@ void orvexworkbenchtab::reloadClipboards()
                     continue;
                 }
                 listedIds.insert(uuid);
+                // Removed here, gone on the server once the time to undo is over.
+                if (m_removing.contains(uuid))
+                    continue;
                 if (!open.contains(uuid)) {
                     addNewClipboard(uuid, name, false, writeable);
                 } else if (orvexwbwebview *board = open.value(uuid)) {
@@ -311,6 +327,11 @@ void orvexworkbenchtab::decorateTab(int index)
 
 void orvexworkbenchtab::dropTab(int index)
 {
+    disposeBoard(takeTab(index));
+}
+
+orvexwbwebview *orvexworkbenchtab::takeTab(int index)
+{
     orvexwbwebview *board = boardAt(index);
     if (index == m_editingIndex)
         cancelRename();
@@ -323,6 +344,11 @@ void orvexworkbenchtab::dropTab(int index)
         }
     }
     removeTab(index);
+    return board;
+}
+
+void orvexworkbenchtab::disposeBoard(orvexwbwebview *board)
+{
     if (!board)
         return;
     m_unloaded.removeAll(board);
@@ -497,16 +523,76 @@ void orvexworkbenchtab::removeClipboard(int index)
     if (index < 0)
         return;
 
+    // The tab goes at once; the clipboard goes on the server only when the
+    // time to undo is over (or the workbench closes). Until then the board
+    // stays as it is, ready to come back in its place.
     const int cornerHeight = m_cornerWidget.height();
-    if (m_classifyClient->removeClipboard(board->getId())) {
-        board->clearClipboard();
-        dropTab(index);
-        // Keeps the tab bar from shrinking when its last tabs go.
-        m_cornerWidget.setMinimumHeight(cornerHeight);
-        setMinimumHeight(cornerHeight);
-    }
+    const QString uuid = board->getId();
+    takeTab(index);
+    // Keeps the tab bar from shrinking when its last tabs go.
+    m_cornerWidget.setMinimumHeight(cornerHeight);
+    setMinimumHeight(cornerHeight);
+    m_removing.insert(uuid);
+    refillChooser();
+    QPointer<orvexwbwebview> kept(board);
+    auto *offer = new OrvexUndoOffer(
+        tr("Clipboard %1 removed.").arg(titleFor(board->getTabText())),
+        [this, kept, uuid, index] { commitRemoval(kept, uuid, index); },
+        [this, kept, uuid, index] { restoreTab(kept, uuid, index); }, this);
+    m_offers.removeAll(QPointer<OrvexUndoOffer>());
+    m_offers << offer;
+    offer->offer();
     if (m_boards.isEmpty())
         QTimer::singleShot(kRecreateDelay, this, qOverload<>(&orvexworkbenchtab::addNewClipboard));
+}
+
+void orvexworkbenchtab::commitRemoval(orvexwbwebview *board, const QString &uuid, int index)
+{
+    m_removing.remove(uuid);
+    if (!m_classifyClient || !m_classifyClient->removeClipboard(uuid)) {
+        orvexWarning() << "REMOVE CLIPBOARD refused" << uuid;
+        if (board && !m_destroying) {
+            restoreTab(board, uuid, index);
+            QSnackbarEvent(tr("Clipboard %1 could not be removed.").arg(titleFor(board->getTabText()))).send();
+        }
+        return;
+    }
+    if (board) {
+        board->clearClipboard();
+        disposeBoard(board);
+    }
+}
+
+void orvexworkbenchtab::restoreTab(orvexwbwebview *board, const QString &uuid, int index)
+{
+    m_removing.remove(uuid);
+    if (!board || m_destroying)
+        return;
+    index = qBound(0, index, count());
+    // The boards list keeps the order of the tabs.
+    m_boards.insert(index, qMakePair(uuid, board));
+    insertTab(index, board, titleFor(board->getTabText()));
+    decorateTab(index);
+    setCurrentIndex(index);
+    refillChooser();
+}
+
+void orvexworkbenchtab::settleRemovals()
+{
+    const QList<QPointer<OrvexUndoOffer>> offers = m_offers;
+    m_offers.clear();
+    for (const QPointer<OrvexUndoOffer> &offer : offers)
+        if (offer)
+            offer->commitNow();
+}
+
+void orvexworkbenchtab::refillChooser()
+{
+    if (!m_chooser)
+        return;
+    m_chooser->clearClipboards();
+    for (const auto &entry : qAsConst(m_boards))
+        m_chooser->addClipboard(entry.second->getTabText(), entry.second);
 }
 
 void orvexworkbenchtab::doRemoveClipboard()
@@ -533,8 +619,10 @@ void orvexworkbenchtab::editNewTabTitle(int)
     const bool unnamed = board->getTabText().isEmpty() && title == titleFor(QString());
     m_renameEditor = new QLineEdit(unnamed ? QString() : title, bar);
     m_renameEditor->setObjectName(QStringLiteral("m_renameEditor"));
-    m_renameEditor->setMaxLength(kMaxTitleLength);
+    m_renameEditor->setToolTip(tr("At most %1 characters").arg(MaxNameLength));
+    m_nameLimitTold = false;
     m_renameEditor->installEventFilter(this);
+    connect(m_renameEditor, &QLineEdit::textEdited, this, &orvexworkbenchtab::limitNewTabTitle);
     connect(m_renameEditor, &QLineEdit::editingFinished, this, &orvexworkbenchtab::setNewTabTitle);
     connect(m_renameEditor, &QLineEdit::returnPressed, this, &orvexworkbenchtab::setNewTabTitle);
     QTabWidget::setTabText(index, QString());
@@ -558,9 +646,36 @@ void orvexworkbenchtab::setNewTabTitle()
         bar->setTabButton(index, QTabBar::LeftSide, nullptr);
         editor->hide();
         editor->deleteLater();
-        setTabText(index, editor->text());
+        const orvexwbwebview *board = boardAt(index);
+        const QString text = editor->text();
+        if (board && text != board->getTabText() && text.trimmed().isEmpty()) {
+            QSnackbarEvent(tr("A clipboard needs a name: %1 keeps its name.").arg(titleFor(board->getTabText())))
+                .send();
+            setTabText(index, board->getTabText());
+        } else {
+            setTabText(index, text);
+        }
     }
     bar->blockSignals(false);
+}
+
+void orvexworkbenchtab::limitNewTabTitle(const QString &text)
+{
+    if (!m_renameEditor || text.size() <= MaxNameLength)
+        return;
+    // What was just typed or pasted ends at the cursor: that is cut, never a
+    // character in half.
+    const int cursor = m_renameEditor->cursorPosition();
+    int keep = qMax(0, cursor - (text.size() - MaxNameLength));
+    if (keep > 0 && text.at(keep - 1).isHighSurrogate())
+        --keep;
+    const QString limited = text.left(keep) + text.mid(cursor);
+    m_renameEditor->setText(limited.left(MaxNameLength));
+    m_renameEditor->setCursorPosition(qMin(keep, MaxNameLength));
+    if (!m_nameLimitTold) {
+        m_nameLimitTold = true;
+        QSnackbarEvent(tr("A clipboard name has at most %n characters.", nullptr, MaxNameLength)).send();
+    }
 }
 
 void orvexworkbenchtab::cancelRename()
@@ -618,6 +733,8 @@ void orvexworkbenchtab::setTabText(int index, const QString &text)
     }
     if (m_classifyClient && m_classifyClient->renameClipboard(board->getId(), text))
         board->setTabText(text);
+    else
+        QSnackbarEvent(tr("Clipboard %1 could not be renamed.").arg(titleFor(board->getTabText()))).send();
     // Shown even when refused: the next reload brings back the server's name.
     QTabWidget::setTabText(index, text);
 }
@@ -627,19 +744,38 @@ void orvexworkbenchtab::tabFilterChanged(QString text)
     const int cornerHeight = m_cornerWidget.height();
     m_cornerWidget.setMinimumHeight(cornerHeight);
     setMinimumHeight(cornerHeight);
+    int firstShown = -1;
     if (text.isEmpty()) {
         for (int i = 0; i < count(); ++i)
             setTabEnabled(i, true);
+        firstShown = count() > 0 ? 0 : -1;
     } else {
         const QString wanted = text.toLower();
         for (int i = count() - 1; i >= 0; --i) {
             orvexwbwebview *board = boardAt(i);
-            setTabEnabled(i, board && board->getTabText().toLower().contains(wanted));
+            const bool shown = board && board->getTabText().toLower().contains(wanted);
+            setTabEnabled(i, shown);
+            if (shown)
+                firstShown = i;
         }
     }
+    // The board shown belongs to a tab the filter keeps, or to none.
+    if (firstShown >= 0 && !isTabEnabled(currentIndex()))
+        setCurrentIndex(firstShown);
+    m_noMatch->setVisible(firstShown < 0 && count() > 0);
+    placeNoMatch();
     m_cornerWidget.setMinimumHeight(cornerHeight);
     setMinimumHeight(cornerHeight);
     setStyleSheet(fullSheet());
+}
+
+void orvexworkbenchtab::placeNoMatch()
+{
+    if (!m_noMatch->isVisible())
+        return;
+    const auto *pages = findChild<QStackedWidget *>(QString(), Qt::FindDirectChildrenOnly);
+    m_noMatch->setGeometry(pages ? pages->geometry() : rect());
+    m_noMatch->raise();
 }
 
 bool orvexworkbenchtab::event(QEvent *event)
@@ -651,6 +787,8 @@ bool orvexworkbenchtab::event(QEvent *event)
         setStyleSheet(fullSheet());
     }
     const bool handled = QTabWidget::event(event);
+    if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)
+        placeNoMatch();
     if (event->type() == QEvent::EnabledChange)
         setStyleSheet(isEnabled() ? fullSheet() : buttonOnlySheet());
     return handled;

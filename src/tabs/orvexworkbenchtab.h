@@ -6,6 +6,8 @@
 #include <QList>
 #include <QMutex>
 #include <QPair>
+#include <QPointer>
+#include <QSet>
 #include <QStringList>
 #include <QTabWidget>
 
@@ -13,6 +15,8 @@ class ClassifyInterface;
 class kelArchiveClientInterface;
 class orvexclipboardchooser;
 class orvexwbwebview;
+class OrvexUndoOffer;
+class QLabel;
 class QLineEdit;
 
 // The tab set inside the workbench dock: one tab per clipboard, each showing a
@@ -23,6 +27,9 @@ class ORVEXWORKBENCH_EXPORT orvexworkbenchtab : public QTabWidget
     Q_OBJECT
 
 public:
+    // The longest clipboard name the archive keeps.
+    static constexpr int MaxNameLength = 100;
+
     explicit orvexworkbenchtab(QWidget *parent = nullptr);
     ~orvexworkbenchtab() override;
 
@@ -84,10 +91,22 @@ private:
     void showTab(int index);
     QString titleFor(const QString &name) const;
     void decorateTab(int index);
+    // Lays the empty state of the filter over the boards' area.
+    void placeNoMatch();
     // Takes the tab away and disposes of its board; keeps a rename in
     // progress on another tab pointing at the right one.
     void dropTab(int index);
+    orvexwbwebview *takeTab(int index);
+    void disposeBoard(orvexwbwebview *board);
+    // A removal's two ends: final on the server, or the tab back in its place.
+    void commitRemoval(orvexwbwebview *board, const QString &uuid, int index);
+    void restoreTab(orvexwbwebview *board, const QString &uuid, int index);
+    // Makes every removal still open to undo final.
+    void settleRemovals();
+    void refillChooser();
     void cancelRename();
+    // Keeps the name being typed to what the archive accepts; says so once.
+    void limitNewTabTitle(const QString &text);
     void connectTabBar();
     void disconnectTabBar();
     // Loads the board's page in a nested event loop; false when the tab set or
@@ -99,10 +118,16 @@ private:
     ClassifyInterface *m_classifyClient = nullptr;
     QLineEdit *m_renameEditor = nullptr;
     int m_editingIndex = -1;
+    bool m_nameLimitTold = false;
     orvexwbcornerwidget m_cornerWidget;
     QList<QPair<QString, orvexwbwebview *>> m_boards;
     bool m_loaded = false;
     QMutex m_lock;
+
+    QLabel *m_noMatch = nullptr;
+    // Clipboards removed from the tabs whose removal may still be undone.
+    QSet<QString> m_removing;
+    QList<QPointer<OrvexUndoOffer>> m_offers;
 
     int m_busy = 0;
     bool m_reloadPending = false;

@@ -6,10 +6,10 @@
 #include "orvexduplicatereply.h"
 #include "orvexduplicatesdlg.h"
 #include "orvexfilecopy.h"
+#include "orvexlauncher.h"
 #include "orvexlog.h"
 
 #include <QCoreApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
@@ -19,7 +19,6 @@
 #include <QPluginLoader>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QUrl>
 #include <QtConcurrent>
 
 namespace {
@@ -343,6 +342,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 {
     m_offlineArchive = offline;
     m_canceled = false;
+    m_launches.clear();
     m_exportSummary = OrvexExportSummary();
     if (!requireClient())
         return false;
@@ -378,6 +378,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
 
     const int exportPurpose = purpose == -1 ? (openMode ? 0 : 1) : purpose;
     QStringList fetched;
+    QStringList opened;
     // Online, fetched files are temporary: a copy export that stops leaves none behind.
     const auto abandon = [&]() {
         if (!openMode && !offline)
@@ -413,10 +414,15 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
                                              versions.isEmpty() ? -1 : versions.at(i), true);
         resultFiles << named;
         ++m_exportSummary.exported;
-        QDesktopServices::openUrl(QUrl::fromLocalFile(named));
+        opened << named;
     }
-    if (openMode)
+    if (openMode) {
+        // Only now: no event is processed between a launch and the return,
+        // so the caller learns of every outcome through launches().
+        for (const QString &file : qAsConst(opened))
+            launch(OrvexLauncher::Purpose::OpenFile, file, QLatin1String(OrvexLauncher::OpenProgram), {file});
         return true;
+    }
 
     QStringList destinations = fetched;
     if (!offline) {
@@ -450,6 +456,7 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             if (names.exec() != QDialog::Accepted) {
                 deleteFiles(fetched);
                 m_exportSummary.skipped = fetched.size();
+                m_exportSummary.reasons << tr("The file names were not confirmed.");
                 return true;
             }
             destinations = names.getFileList();
@@ -470,8 +477,10 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
         const auto copyOne = [&]() {
             // Online the fetched file is temporary: moving it saves writing every byte twice.
             const bool moved = !offline && QFile::rename(source, destination);
-            if (!moved && !QFile::copy(source, destination)) {
+            QFile copied(source);
+            if (!moved && !copied.copy(destination)) {
                 ++m_exportSummary.failed;
+                m_exportSummary.reasons << tr("%1 could not be saved (%2).").arg(name, copied.errorString());
                 QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be saved!"));
                 return;
             }
@@ -486,12 +495,15 @@ bool OrvexArchiveWorker::exportDocuments(QList<qlonglong> docIds, QList<qlonglon
             const auto answer = QMessageBox::question(
                 nullptr, tr("File exists"), tr("The file %1 already exists, overwrite?").arg(destination),
                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+            QFile old(destination);
             if (answer != QMessageBox::Yes) {
                 ++m_exportSummary.skipped;
-            } else if (QFile::remove(destination)) {
+                m_exportSummary.reasons << tr("%1 already exists and was kept.").arg(name);
+            } else if (old.remove()) {
                 copyOne();
             } else {
                 ++m_exportSummary.failed;
+                m_exportSummary.reasons << tr("%1 could not be overwritten (%2).").arg(name, old.errorString());
                 QMessageBox::critical(nullptr, tr("Error"), tr("The file could not be overwritten."));
             }
         }
@@ -580,6 +592,7 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
 {
     m_offlineArchive = offline;
     m_canceled = false;
+    m_launches.clear();
     if (!requireClient())
         return false;
     if (!versions.isEmpty() && versions.size() != docIds.size()) {
@@ -634,8 +647,10 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
         done << docId;
     }
 
+    // The mail program reads the attachments after this call: they stay.
+    const QString subject = attachments.join(QLatin1Char('\n'));
     if (mailCommand.isEmpty()) {
-        QProcess::startDetached(QStringLiteral("xdg-email"), {mailto});
+        launch(OrvexLauncher::Purpose::Mail, subject, QLatin1String(OrvexLauncher::MailProgram), {mailto});
         return true;
     }
     QStringList quoted;
@@ -644,13 +659,32 @@ bool OrvexArchiveWorker::mailDocuments(QList<qlonglong> docIds, QList<qlonglong>
     const QString command = mailCommand.arg(quoted.join(QLatin1Char(',')));
     QStringList arguments = QProcess::splitCommand(command);
     const QString program = arguments.isEmpty() ? QString() : arguments.takeFirst();
-    if (program.isEmpty() || !QProcess::startDetached(program, arguments)) {
-        orvexWarning() << "MAIL COMMAND FAILED" << command;
-        QMessageBox::critical(nullptr, tr("E-Mail Command"),
-                              tr("The e-mail could not be created, unable to start Mail-Client!"));
-    }
-    // The mail program reads the attachments after this call: they stay.
+    launch(OrvexLauncher::Purpose::Mail, subject, program, arguments);
     return true;
+}
+
+OrvexLauncher *OrvexArchiveWorker::launch(OrvexLauncher::Purpose purpose, const QString &subject,
+                                          const QString &program, const QStringList &arguments)
+{
+    auto *launcher = new OrvexLauncher(purpose, this);
+    launcher->setSubject(subject);
+    connect(launcher, &OrvexLauncher::finished, launcher, [launcher](bool ok, const QString &error) {
+        if (!ok)
+            orvexWarning() << "LAUNCH FAILED" << error;
+        launcher->deleteLater();
+    });
+    m_launches << launcher;
+    launcher->start(program, arguments);
+    return launcher;
+}
+
+QList<OrvexLauncher *> OrvexArchiveWorker::launches() const
+{
+    QList<OrvexLauncher *> alive;
+    for (const QPointer<OrvexLauncher> &launcher : m_launches)
+        if (launcher)
+            alive << launcher;
+    return alive;
 }
 
 bool OrvexArchiveWorker::askArchiveUnreadableDuplicates(const QString &shownFile)
@@ -773,7 +807,11 @@ bool OrvexArchiveWorker::uploadFile(QString archiveData, QString filePath, bool 
             OrvexDuplicatesDlg dialog(m_parentWidget);
             connect(&dialog, &OrvexDuplicatesDlg::cancelAll, progress, &OrvexFileCopy::emitCancelClicked);
             dialog.setCancelAllVisible(m_fileCount > 1);
-            dialog.setButtonNames(tr("do_archive"), tr("Discard"));
+            // The accept text is a key for the catalogues: one that names it
+            // gives the words, else the English ones show, never the key.
+            const QString archiveText = tr("do_archive");
+            dialog.setButtonNames(archiveText == QLatin1String("do_archive") ? tr("Archive Anyway") : archiveText,
+                                  tr("Discard"));
             dialog.setOriginals(parsed.originals());
             dialog.setDuplicates(duplicates);
             archive = dialog.exec() == QDialog::Accepted;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "orvexexportsummary.h"
+#include "orvexlauncher.h"
 #include "orvexworkbenchglobal.h"
 
 #include <QList>
@@ -74,8 +75,13 @@ public:
                          QMap<QString, QString> remarks, QString targetDir, bool openMode,
                          QStringList &resultFiles, int purpose, bool offline, bool skipNameDialog,
                          bool alternateVersion, QString option);
+    // Open mode and mailing hand the files to a desktop program and return
+    // once it is started; whether it worked comes later, from launches().
     bool mailDocuments(QList<qlonglong> docIds, QList<qlonglong> docsIds, QList<qlonglong> versions,
                        QMap<QString, QString> remarks, QString mailCommand, bool offline);
+    // The programs the last open-mode export or mailing started, each telling
+    // its outcome with finished(); none has finished when the call returns.
+    QList<OrvexLauncher *> launches() const;
     QString getNewFileName(QString filePath, QMap<QString, QString> remarks, qlonglong docId,
                            qlonglong docsId, qlonglong version, bool rename);
     QString getOfflineFileName(QString filePath, QString remark, qlonglong docId, qlonglong version);
@@ -106,6 +112,8 @@ private:
     void wireProgress(OrvexFileCopy *dialog);
     void adoptClient(kelArchiveClientInterface *client, bool owned);
     void deleteFiles(const QStringList &files) const;
+    OrvexLauncher *launch(OrvexLauncher::Purpose purpose, const QString &subject, const QString &program,
+                          const QStringList &arguments);
     // Ends an upload that archived nothing: the reason into the last error, the
     // upload (when there is one) discarded, the progress dialog hidden.
     bool abandonUpload(const QString &uploadId, const QString &error);
@@ -133,5 +141,6 @@ private:
     bool m_ownsClient = false;
     QString m_applicationFolder;
     bool m_uploading = false;
+    QList<QPointer<OrvexLauncher>> m_launches;
     OrvexExportSummary m_exportSummary;
 };

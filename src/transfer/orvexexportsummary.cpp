@@ -11,3 +11,8 @@ QString OrvexExportSummary::text() const
         parts << tr("%n failed", "files", failed);
     return parts.join(QStringLiteral(", ")) + QLatin1Char('.');
 }
+
+QString OrvexExportSummary::textWithReasons() const
+{
+    return reasons.isEmpty() ? text() : text() + QLatin1Char(' ') + reasons.join(QLatin1Char(' '));
+}

@@ -9,6 +9,7 @@
 #include "orvexclassifyclient.h"
 #include "orvexsamplearchive.h"
 #include "orvexstorageerror.h"
+#include "hostilenotes.h"
 #include "testpgserver.h"
 
 #include <QElapsedTimer>
@@ -23,6 +24,7 @@
 #include <QThread>
 #include <QTimer>
 #include <QtConcurrent>
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <cerrno>
@@ -114,6 +116,8 @@ private slots:
     void clipboardsPerUser();
     void clipboardEntriesAndNotes();
     void clipboardLifecycle();
+    void hostileNotesKeptExactly_data();
+    void hostileNotesKeptExactly();
     void refusedWrites_data();
     void refusedWrites();
     void searchByEntries();
@@ -391,6 +395,28 @@ void tst_Archive::clipboardLifecycle()
     QVERIFY(!classify()->getClipboardDocuments(uuid, entries, comments));
 }
 
+void tst_Archive::hostileNotesKeptExactly_data()
+{
+    QTest::addColumn<QString>("note");
+    for (const HostileNote &note : hostileNotes())
+        QTest::newRow(note.fault) << note.text;
+}
+
+// Whatever a user typed is stored and answered exactly, by either backend.
+void tst_Archive::hostileNotesKeptExactly()
+{
+    QFETCH(QString, note);
+    const QString uuid = classify()->createClipboard(QStringLiteral("test Notizen"));
+    QVERIFY2(!uuid.isEmpty(), qPrintable(classifyError()));
+    const OrvexArchiveDocument doc = document(0);
+    QVERIFY(classify()->addToClipboard(uuid, QString::number(doc.id), QString::number(doc.docsId)));
+    QVERIFY2(classify()->setClipboardComment(uuid, QString::number(doc.docsId), note), qPrintable(classifyError()));
+    QStringList entries, comments;
+    QVERIFY(classify()->getClipboardDocuments(uuid, entries, comments));
+    QCOMPARE(comments, QStringList{note});
+    QVERIFY(classify()->removeClipboard(uuid));
+}
+
 void tst_Archive::refusedWrites_data()
 {
     QTest::addColumn<QString>("user");
@@ -629,6 +655,19 @@ void tst_Archive::tablesRolesAndFacts()
              (QStringList{QStringLiteral("mmueller") + kSep + QStringLiteral("Maria Müller"),
                           QStringLiteral("r_sales") + kSep + QStringLiteral("Vertrieb")}));
     QVERIFY(!classify()->getConnectionMode().startsWith(QLatin1String("Offline")));
+
+    // Failed before: the sample's types, statuses and system roles stayed English in German.
+    QVERIFY(OrvexArchiveTranslations::install(QLocale(QLocale::German, QLocale::Germany)));
+    auto english = qScopeGuard([] { OrvexArchiveTranslations::install(QLocale::c()); });
+    QVERIFY(classify()->getDocumentTypes(rows, second));
+    QVERIFY(rows.contains(QStringLiteral("INV") + kSep + QStringLiteral("Rechnung")));
+    QVERIFY(classify()->getDocumentStatuses(rows, second));
+    QVERIFY(rows.contains(QStringLiteral("APP") + kSep + QStringLiteral("Freigegeben")));
+    QCOMPARE(classify()->getRoleNames({QStringLiteral("tavloUSER"), QStringLiteral("r_sales")}),
+             (QStringList{QStringLiteral("tavloUSER") + kSep + QStringLiteral("Alle Benutzer"),
+                          QStringLiteral("r_sales") + kSep + QStringLiteral("Vertrieb")})); // data stays as it is
+    const OrvexArchiveDocument letter = document(2);
+    QCOMPARE(letter.typeName, QStringLiteral("Schreiben"));
 }
 
 // Regression guard: readers on other threads while one thread writes must never

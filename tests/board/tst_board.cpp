@@ -6,6 +6,7 @@
 #include "orvexcardscripts.h"
 #include "orvextranslations.h"
 #include "qsnackbarevent.h"
+#include "orvexundooffer.h"
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
@@ -18,6 +19,8 @@
 #include <QTabWidget>
 #include <QThread>
 #include <QWebEnginePage>
+#include <QScopeGuard>
+#include <QTranslator>
 #include <QtTest>
 
 #include <algorithm>
@@ -202,13 +205,104 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("2 / 200 (max)"), kTimeout);
         QCOMPARE(value(board, "#textarea-501"), QString("hello"));
 
-        // The card's close button removes it on the server too; the update's removal does not.
+        // The card's close button removes it on the server too, once the time
+        // to undo is over; the update's removal does not.
+        OrvexUndoOffer::setMilliseconds(100);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
         js(board, "$('#removebutton-501').click()");
         QTRY_COMPARE_WITH_TIMEOUT(sections(board), 1, kTimeout);
-        QCOMPARE(m_classify->log().last("removeFromClipboard").args, QVariantList({m_clip, "501"}));
+        QTRY_COMPARE(m_classify->log().last("removeFromClipboard").args, QVariantList({m_clip, "501"}));
         board->removeCard("500", false);
         QTRY_VERIFY_WITH_TIMEOUT(visible(board, "#drop_zone"), kTimeout);
         QCOMPARE(count("removeFromClipboard"), 1);
+    }
+
+    // Failed before: a card's close button removed card and note at once, with no way back.
+    void cardRemovalCanBeUndone_data()
+    {
+        QTest::addColumn<QString>("then"); // "undo", "wait" (the time runs out), "close" (the board goes), "clear"
+        QTest::addColumn<bool>("serverFails");
+        QTest::addColumn<bool>("removed"); // from the server in the end
+        QTest::addColumn<QString>("told"); // the last status message
+        QTest::newRow("undo") << "undo" << false << false << "";
+        QTest::newRow("time runs out") << "wait" << false << true << "";
+        QTest::newRow("board closes") << "close" << false << true << "";
+        QTest::newRow("clipboard cleared meanwhile") << "clear" << false << true << "";
+        QTest::newRow("server refuses") << "wait" << true << false
+                                        << "Card 101 could not be removed from clipboard Work.";
+    }
+    void cardRemovalCanBeUndone()
+    {
+        QFETCH(QString, then);
+        QFETCH(bool, serverFails);
+        QFETCH(bool, removed);
+        QFETCH(QString, told);
+        OrvexUndoOffer::setMilliseconds(then == "undo" ? 60000 : 2500); // long enough for the checks meanwhile
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
+        orvexwbwebview *board = boardWith(4);
+        board->setTabText("Work");
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,501,500"), kTimeout);
+        m_classify->log().setFailing("removeFromClipboard", serverFails);
+        SnackbarCatcher snackbars;
+
+        js(board, "$('#removebutton-501').click()"); // the card with a note, between two others
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,500"), kTimeout);
+        QTRY_COMPARE(snackbars.texts.value(0), QStringLiteral("app:Card 101 removed from clipboard Work."));
+        QVERIFY(snackbars.lastAction());
+        QCOMPARE(snackbars.lastAction()->text(), QStringLiteral("Undo"));
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("3 / 200 (max)"), kTimeout);
+        // Still on the server meanwhile, and neither an update nor a reload brings it back.
+        QCOMPARE(count("removeFromClipboard"), 0);
+        BoardPage::runUpdate(board);
+        board->reloadCards();
+        QTest::qWait(200);
+        QCOMPARE(order(board), QString("503,502,500"));
+
+        if (then == "undo") {
+            snackbars.lastAction()->trigger();
+        } else if (then == "close") {
+            m_boards.removeAll(board);
+            delete board;
+            QCOMPARE(count("removeFromClipboard"), 1);
+            QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 3);
+            return;
+        } else if (then == "clear") {
+            // The clearing takes the entry along: no second removal, no failure told.
+            board->clearClipboard();
+            QTRY_VERIFY(!snackbars.lastAction());
+            QCOMPARE(count("removeFromClipboard"), 0);
+            QCOMPARE(m_classify->clipboard(m_clip).entries.size(), 0);
+            QTest::qWait(200);
+            QCOMPARE(snackbars.texts.size(), 1);
+            return;
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!snackbars.lastAction(), kTimeout); // the offer is over either way
+        QCOMPARE(count("removeFromClipboard"), then == "wait" ? 1 : 0);
+        QCOMPARE(m_classify->clipboard(m_clip).entries.size(), removed ? 3 : 4);
+        if (!told.isEmpty())
+            QTRY_COMPARE(snackbars.texts.last(), QStringLiteral("app:") + told);
+        if (removed) {
+            QTest::qWait(200);
+            QCOMPARE(order(board), QString("503,502,500"));
+            return;
+        }
+        // Back in its place, with its note and its info lines.
+        QTRY_COMPARE_WITH_TIMEOUT(order(board), QString("503,502,501,500"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(value(board, "#textarea-501"), QString("Note of one"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#comment-501"), QString("Title 1"), kTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("4 / 200 (max)"), kTimeout);
+    }
+
+    void readOnlyCardsAreNotRemoved()
+    {
+        orvexwbwebview *board = boardWith(2);
+        board->setTabText("Work");
+        board->setWriteable(false);
+        SnackbarCatcher snackbars;
+        board->removeCard("501", true); // as the page asks
+        QTRY_COMPARE(snackbars.texts, QStringList{"app:Clipboard Work is read-only: cards cannot be removed from it."});
+        QCOMPARE(sections(board), 2);
+        QCOMPARE(count("removeFromClipboard"), 0);
     }
 
     void limitAndDuplicatesAreRefused()
@@ -564,7 +658,7 @@ private slots:
             }).sort().join(','))").toString();
         QStringList expected{"addClipboard", "clearClipboard", "removeClipboard", "exportDocuments",
                              "mailDocuments", "setPermissions", "removeCard", "openDocument",
-                             "showClassification", "saveCard", "searchCards", "getCardPixmap",
+                             "showClassification", "saveCard", "noteCut", "searchCards", "getCardPixmap",
                              "startDrag", "stopDrag", "dragCard"};
         expected.sort();
         QCOMPARE(operations, expected.join(','));
@@ -815,22 +909,33 @@ private slots:
         QTest::addColumn<QString>("docIds");
         QTest::addColumn<QString>("docsIds");
         QTest::addColumn<int>("cancelAt"); // the user cancels during this server call
+        QTest::addColumn<int>("refuseFrom"); // the server refuses from this call on; 0: never
         QTest::addColumn<QStringList>("added");
         QTest::addColumn<QString>("message"); // the status message that ends the drop
         const QString added2 = QStringLiteral("Added 2 document(s) to clipboard Board");
-        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << QStringList{"500", "501"} << added2;
+        QTest::newRow("added") << true << 0 << "100;101" << "500;501" << 0 << 0 << QStringList{"500", "501"} << added2;
         // Regression: a refusing board gave no reason.
-        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << QStringList()
+        QTest::newRow("read-only") << false << 0 << "100" << "500" << 0 << 0 << QStringList()
                                    << "Clipboard Board is read-only: documents cannot be added to it.";
-        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << QStringList()
+        QTest::newRow("full board") << true << 200 << "900" << "900" << 0 << 0 << QStringList()
                                     << "Clipboard Board is full: it holds at most 200 documents.";
-        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << QStringList{"501"}
-                                           << "Added 1 document(s) to clipboard Board";
-        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << QStringList()
-                                      << "Added 0 document(s) to clipboard Board";
-        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << QStringList{"500"}
-                                 << "Added 1 document(s) to clipboard Board";
-        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2
+        // Failed before: what was not added, and why, went unsaid.
+        QTest::newRow("duplicate skipped") << true << 1 << "100;101" << "500;501" << 0 << 0 << QStringList{"501"}
+                                           << "Added 1 document(s) to clipboard Board (1 already on it)";
+        QTest::newRow("all there already") << true << 2 << "100;101" << "500;501" << 0 << 0 << QStringList()
+                                           << "Added 0 document(s) to clipboard Board (2 already on it)";
+        QTest::newRow("partly full") << true << 198 << "100;900;901;902;903" << "500;900;901;902;903" << 0 << 0
+                                     << QStringList{"900", "901"}
+                                     << "Added 2 document(s) to clipboard Board (1 already on it; "
+                                        "2 left out: it holds at most 200 documents)";
+        QTest::newRow("server refuses") << true << 0 << "100;101;102" << "500;501;502" << 0 << 2
+                                        << QStringList{"500"}
+                                        << "Added 1 document(s) to clipboard Board (2 refused by the archive)";
+        QTest::newRow("lists differ") << true << 0 << "100" << "500;501" << 0 << 0 << QStringList()
+                                      << "Nothing was added to clipboard Board: the dragged data names no documents.";
+        QTest::newRow("bad ids") << true << 0 << "100;x1;102;103" << "500;501;;5 03" << 0 << 0 << QStringList{"500"}
+                                 << "Added 1 document(s) to clipboard Board (3 without a valid id)";
+        QTest::newRow("cancel keeps") << true << 0 << "100;101;102" << "500;501;502" << 2 << 0
                                       << QStringList{"500", "501"} << added2;
     }
 
@@ -841,6 +946,7 @@ private slots:
         QFETCH(QString, docIds);
         QFETCH(QString, docsIds);
         QFETCH(int, cancelAt);
+        QFETCH(int, refuseFrom);
         QFETCH(QStringList, added);
         QFETCH(QString, message);
         const bool accepted = writeable && preset < orvexwbwebview::cardLimit();
@@ -848,9 +954,11 @@ private slots:
         board->setTabText(QStringLiteral("Board"));
         for (int i = 0; i < preset; ++i)
             board->appendCard(QString::number(100 + i), QString::number(500 + i), {}, false);
-        m_classify->onAdd = [board, cancelAt, adds = 0]() mutable {
+        m_classify->onAdd = [this, board, cancelAt, refuseFrom, adds = 0]() mutable {
             if (++adds == cancelAt)
                 board->findChild<QProgressDialog *>()->cancel();
+            if (adds == refuseFrom)
+                m_classify->log().setFailing("addToClipboard");
         };
         // Plain data, as a drag from another process or application brings it; a NUL ends the text.
         QMimeData data;
@@ -860,12 +968,90 @@ private slots:
         QVERIFY(!deliverDrop(board, &data)); // without the marker, even readable ids are not taken
         data.setData("x-application-orvex", QByteArray());
         QCOMPARE(deliverDrop(board, &data), accepted);
+        // A refusal is told once per drag, however often the drag comes back over the board.
+        if (!accepted)
+            deliverDrop(board, &data);
         QTRY_COMPARE_WITH_TIMEOUT(snackbars.texts, QStringList{message}, kTimeout);
-        // The server is asked for exactly the cards that appear, nothing else.
-        QCOMPARE(count("addToClipboard"), added.size());
+        QTest::qWait(50);
+        QCOMPARE(snackbars.texts.size(), 1);
+        // The server is asked for exactly the cards that appear, and those it refused.
+        QCOMPARE(count("addToClipboard"), added.size() + (refuseFrom ? docIds.count(';') + 2 - refuseFrom : 0));
         QCOMPARE(board->cardCount(), preset + added.size());
         for (const QString &id : added)
             QTRY_COMPARE_WITH_TIMEOUT(text(board, "#main-" + id), board->documentIdOf(id), kTimeout);
+    }
+
+    // Failed before: the menu of a card at the board's left edge opened leftward
+    // and was cut off; near the bottom it ran out of the scrolling area.
+    void menusOpenInsideTheView_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<bool>("nearTheBottom"); // its card scrolled to the bottom of the area
+        QTest::addColumn<int>("width");          // of the board
+        QTest::addColumn<bool>("german");        // the longer German texts
+        QTest::newRow("card at the left edge") << "btn_505_btn" << false << 460 << true;
+        QTest::newRow("card at the right edge") << "btn_504_btn" << false << 460 << true;
+        QTest::newRow("card near the bottom") << "btn_501_btn" << true << 460 << false;
+        QTest::newRow("clipboard menu") << "main-menu" << false << 460 << false;
+        // Failed before: in a dock of its least width the menu button itself lay outside the view.
+        QTest::newRow("clipboard menu, narrow dock") << "main-menu" << false << 270 << false;
+    }
+    void menusOpenInsideTheView()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, nearTheBottom);
+        QFETCH(int, width);
+        QFETCH(bool, german);
+        QTranslator translator;
+        if (german) {
+            QVERIFY(translator.load(QLocale(QLocale::German), "orvexworkbench", "_", ":/translations"));
+            QCoreApplication::installTranslator(&translator);
+        }
+        auto english = qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
+        orvexwbwebview *board = boardWith(6);
+        board->resize(width, 560); // at most two cards a row, as in a dock
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "window.innerWidth").toInt(), width, kTimeout);
+        const QString buttonInView = QString("(function () { var r = document.getElementById('%1').getBoundingClientRect();"
+                                             " return r.left >= 0 && r.right <= document.documentElement.clientWidth; })()")
+                                         .arg(button);
+        // The button in view, as the user sees it: its card at the top of the
+        // area, or scrolled down until the button sits just above the area's bottom.
+        js(board, QString("var s = document.querySelector('.mdl-layout__content');"
+                          "var b = document.getElementById('%1');"
+                          "if (%2) s.scrollTop += b.getBoundingClientRect().bottom - s.getBoundingClientRect().bottom + 24;"
+                          "else if ($(b).closest('section').length) $(b).closest('section')[0].scrollIntoView(); null;")
+                      .arg(button, nearTheBottom ? "true" : "false"));
+        QVERIFY(js(board, buttonInView).toBool());
+        js(board, QString("document.getElementById('%1').click(); null;").arg(button));
+        // The menu lies in the view and, for a card, in the scrolling area.
+        const QString area = button == "main-menu" ? "document.documentElement" : "document.querySelector('.mdl-layout__content')";
+        const QString inside = QString("(function () {"
+                                       "  var m = document.querySelector('ul[for=\"%1\"]').parentElement;"
+                                       "  var r = m.getBoundingClientRect(), a = %2.getBoundingClientRect();"
+                                       "  var w = document.documentElement.clientWidth, h = document.documentElement.clientHeight;"
+                                       "  return m.classList.contains('is-visible') && r.width > 100 && r.left >= Math.max(0, a.left)"
+                                       "    && r.right <= Math.min(w, a.right) && r.top >= Math.max(0, a.top)"
+                                       "    && r.bottom <= Math.min(h, a.bottom) ? 'inside' : JSON.stringify(r) + ' in ' + JSON.stringify(a);"
+                                       "})()").arg(button, area);
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, inside).toString(), QString("inside"), kTimeout);
+        // And nothing lies over it: each entry is what the user's pointer meets
+        // there (failed before: the card beside it covered its right part).
+        const QString uncovered = QString("(function () {"
+                                          "  var hidden = [];"
+                                          "  document.querySelectorAll('ul[for=\"%1\"] > li').forEach(function (li) {"
+                                          "    var r = li.getBoundingClientRect();"
+                                          "    [r.left + 4, (r.left + r.right) / 2, r.right - 4].forEach(function (x) {"
+                                          "      var hit = document.elementFromPoint(x, (r.top + r.bottom) / 2);"
+                                          "      if (!hit || !li.contains(hit)) hidden.push(li.textContent + ' at ' + Math.round(x));"
+                                          "    });"
+                                          "  });"
+                                          "  return hidden.join(', ');"
+                                          "})()").arg(button);
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, uncovered).toString(), QString(), kTimeout);
+        // Closed, its card goes back among the others.
+        js(board, "$(document).trigger($.Event('keydown', {key: 'Escape'})); null;");
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "document.querySelectorAll('.orvex-card--menu-open').length").toInt(), 0,
+                                  kTimeout);
     }
 
     // Regression: the enlarged preview (the focused thumbnail) stayed open after a card drag and on Escape.

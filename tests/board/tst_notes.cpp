@@ -11,6 +11,7 @@
 #include "orvexwbwebview.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "snackbarcatcher.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -38,12 +39,17 @@ QString noteOf(QWebEngineView *board, const QString &cardId)
 // it travels into the page as JSON, not through the scripts under test. Under
 // Xvfb the page never holds the system focus, so leaving the field is told to
 // it with the blur event that a click elsewhere would bring.
-void type(orvexwbwebview *board, const QString &cardId, const QString &note)
+// With pieces > 1 the note goes in as that many insertions one after another.
+void type(orvexwbwebview *board, const QString &cardId, const QString &note, int pieces = 1)
 {
-    const QString json = QString::fromUtf8(QJsonDocument(QJsonArray{note}).toJson(QJsonDocument::Compact));
+    QJsonArray parts;
+    const int size = (note.size() + pieces - 1) / pieces;
+    for (int at = 0; at < note.size() || parts.isEmpty(); at += qMax(1, size))
+        parts.append(note.mid(at, size));
+    const QString json = QString::fromUtf8(QJsonDocument(parts).toJson(QJsonDocument::Compact));
     BoardPage::run(board, QStringLiteral("var area = document.getElementById('textarea-%1');"
                                          "area.focus();"
-                                         "document.execCommand('insertText', false, %2[0]);"
+                                         "%2.forEach(function (part) { document.execCommand('insertText', false, part); });"
                                          "area.dispatchEvent(new FocusEvent('blur'));")
                               .arg(cardId, json));
 }
@@ -258,10 +264,16 @@ private slots:
         BoardPage::runUpdate(board);
         QCOMPARE(noteOf(board, "500"), before);
         BoardPage::run(board, "var a = document.getElementById('textarea-500'); a.selectionStart = a.selectionEnd = 0;");
-        type(board, "500", typed);
+        SnackbarCatcher snackbars;
+        type(board, "500", typed, 2); // cut at the second piece, and no more is said at later ones
         QTRY_COMPARE_WITH_TIMEOUT(noteOf(board, "500"), after, kTimeout);
         if (after != before)
             QTRY_COMPARE_WITH_TIMEOUT(server.clipboard(clip).entries.value(0).comment, after, kTimeout);
+        // Failed before: the cut passed without a word.
+        QTRY_VERIFY(!snackbars.texts.isEmpty());
+        QTest::qWait(100);
+        QCOMPARE(snackbars.texts,
+                 QStringList{QStringLiteral("app:A note holds at most 1024 characters: the rest was left out.")});
     }
 
 private:

@@ -122,6 +122,77 @@ private slots:
         input().key(QStringLiteral("BackSpace"));
         E2E_VERIFY_SOON(card(entries.first().docId).isValid(), 15000);
     }
+
+    // Failed before: a card's close button removed card and note at once, with no way back.
+    void removeCard_data()
+    {
+        QTest::addColumn<bool>("undo"); // else the time to undo runs out
+        QTest::newRow("undone from the status bar") << true;
+        QTest::newRow("final once the time is over") << false;
+    }
+    void removeCard()
+    {
+        QFETCH(bool, undo);
+        QVERIFY(showTab(kOpen));
+        const QList<E2eArchive::Entry> before = archive().entries(kOpen);
+        // A card with a note that is not the first: its place shows.
+        E2eArchive::Entry removed;
+        for (const E2eArchive::Entry &entry : before)
+            if (!entry.note.isEmpty() && entry.docsId != before.first().docsId && card(entry.docId).isValid())
+                removed = entry;
+        QVERIFY2(removed.docId, "no card with a note");
+        const QList<qlonglong> shown = cardsInOrder(before);
+        const E2eNode close = cardPart(removed.docId, QStringLiteral("push button"), QStringLiteral("Remove Card"));
+        QVERIFY2(close.isValid(), "no close button on the card");
+        QVERIFY(scrollIntoView(close));
+        input().click(centreOf(close));
+
+        QVERIFY2(waitForStatus(QStringLiteral("Card %1 removed from clipboard %2.").arg(removed.docId).arg(kOpen)),
+                 qPrintable(statusText()));
+        E2E_VERIFY_SOON(!card(removed.docId).isValid(), 10000);
+        QElapsedTimer clock;
+        clock.start();
+        if (undo) {
+            const E2eNode button = waitForNode(QStringLiteral("push button"), QStringLiteral("Undo"), 10000);
+            QVERIFY2(button.isValid(), "no Undo beside the message");
+            input().click(centreOf(button));
+            E2E_VERIFY_SOON(card(removed.docId).isValid(), 10000);
+            QCOMPARE(cardsInOrder(before), shown); // in its place
+            const E2eNode note = cardPart(removed.docId, QStringLiteral("text"), QStringLiteral("Notice..."));
+            E2E_VERIFY2_SOON(tree().text(note) == removed.note, 10000, qPrintable(tree().text(note)));
+        }
+        // On the server until the time to undo is over, then as the user left it.
+        QVERIFY(archive().entries(kOpen).size() == before.size());
+        QTest::qWait(qMax<qint64>(0, 12000 - clock.elapsed()));
+        const QList<E2eArchive::Entry> after = archive().entries(kOpen);
+        QCOMPARE(after.size(), before.size() - (undo ? 0 : 1));
+        bool kept = false;
+        for (const E2eArchive::Entry &entry : after)
+            kept = kept || (entry.docsId == removed.docsId && entry.note == removed.note);
+        QCOMPARE(kept, undo);
+        QCOMPARE(card(removed.docId).isValid(), undo);
+    }
+
+private:
+    // The documents of the cards shown, row by row as the user reads them.
+    QList<qlonglong> cardsInOrder(const QList<E2eArchive::Entry> &entries)
+    {
+        QList<QPair<QPoint, qlonglong>> places;
+        for (const E2eArchive::Entry &entry : entries) {
+            const E2eNode heading = card(entry.docId);
+            if (heading.isValid()) {
+                const QRect box = tree().extents(heading);
+                places.append({QPoint(box.left(), box.top()), entry.docId});
+            }
+        }
+        std::sort(places.begin(), places.end(), [](const auto &a, const auto &b) {
+            return a.first.y() != b.first.y() ? a.first.y() < b.first.y() : a.first.x() < b.first.x();
+        });
+        QList<qlonglong> order;
+        for (const auto &place : places)
+            order << place.second;
+        return order;
+    }
 };
 
 QTEST_MAIN(tst_E2eCardEdit)

@@ -7,6 +7,7 @@ const QString kOpen = QStringLiteral("Offene Rechnungen");      // writeable, cu
 const QString kReadOnly = QStringLiteral("Projekt Nordlicht");  // the user may only view it
 const QString kSecond = QStringLiteral("Zweite Ablage");        // writeable, made for the chooser
 const QString kFull = QStringLiteral("Volle Ablage");           // writeable, 200 cards
+const QString kAlmost = QStringLiteral("Fast voll");            // writeable, 198 cards
 } // namespace
 
 class tst_E2eListDrop : public E2eTest
@@ -40,7 +41,8 @@ private slots:
     {
         QVERIFY2(startProduct([](E2eArchive &archive) {
                      return !archive.createClipboard(kSecond).isEmpty() && !archive.createClipboard(kFull).isEmpty()
-                         && archive.fill(kFull, 200);
+                         && archive.fill(kFull, 200) && !archive.createClipboard(kAlmost).isEmpty()
+                         && archive.fill(kAlmost, 198);
                  }),
                  qPrintable(lastError()));
     }
@@ -94,6 +96,41 @@ private slots:
         // Nothing arrives later either.
         QTest::qWait(1500);
         QCOMPARE(archive().entries(clipboard).size(), before.size());
+    }
+
+    // Failed before: the status bar said only how many were added, not which
+    // were not and why.
+    void partlyTaken_data()
+    {
+        QTest::addColumn<QString>("clipboard");
+        QTest::addColumn<bool>("onItAlready"); // rows of documents the clipboard holds, else new ones
+        QTest::addColumn<QString>("told");
+        QTest::newRow("already on it") << kOpen << true
+                                       << QStringLiteral("Added 0 document(s) to clipboard %1 (2 already on it)").arg(kOpen);
+        QTest::newRow("left out") << kAlmost << false
+                                  << QStringLiteral("Added 2 document(s) to clipboard %1 (1 left out: it holds at most "
+                                                    "200 documents)").arg(kAlmost);
+    }
+    void partlyTaken()
+    {
+        QFETCH(QString, clipboard);
+        QFETCH(bool, onItAlready);
+        QFETCH(QString, told);
+        QVERIFY(showTab(clipboard));
+        QList<qlonglong> ids;
+        if (onItAlready) {
+            for (const E2eArchive::Entry &entry : archive().entries(clipboard))
+                if (ids.size() < 2 && documentCell(entry.docId).isValid())
+                    ids << entry.docId;
+        } else {
+            ids = rowsNotIn(clipboard, 3);
+        }
+        QCOMPARE(ids.size(), onItAlready ? 2 : 3);
+        const int before = archive().entries(clipboard).size();
+        selectRows(ids);
+        input().drag(rowPoint(ids.last()), boardDropPoint());
+        QVERIFY2(waitForStatus(told), qPrintable(statusText()));
+        QCOMPARE(archive().entries(clipboard).size(), onItAlready ? before : 200);
     }
 
     // Failed before: no drag started from the list, so the chooser strip never appeared.

@@ -11,6 +11,8 @@ class tst_HostProcess : public QObject
 private slots:
     void failures_data();
     void failures();
+    void textWithoutDisplay_data();
+    void textWithoutDisplay();
 
 private:
     QTemporaryDir m_scratch;
@@ -63,6 +65,40 @@ void tst_HostProcess::failures()
              HostProcess::describe(result).constData());
     QVERIFY2(!HostProcess::messageLine(result.err, message).isEmpty(), HostProcess::describe(result).constData());
     QVERIFY(!QFile::exists(m_scratch.filePath(QStringLiteral("never.png"))));
+}
+
+void tst_HostProcess::textWithoutDisplay_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("out"); // part of stdout
+
+    // Failed before: without a display the host aborted before it looked at its arguments.
+    QTest::newRow("help") << QStringList{QStringLiteral("--help")} << "C" << 0 << "--archive <DIR|ADDRESS>";
+    QTest::newRow("short help, with a wrong option") << QStringList{QStringLiteral("-h"), QStringLiteral("--colour")}
+                                                     << "C" << 0 << "--screenshot <FILE>";
+    QTest::newRow("version") << QStringList{QStringLiteral("--version")} << "C" << 0 << "orvexhost " ORVEXHOST_VERSION;
+    QTest::newRow("German help") << QStringList{QStringLiteral("--help")} << "de_DE.UTF-8" << 0 << "Archivordner";
+    QTest::newRow("German help, Qt's words") << QStringList{QStringLiteral("--help")} << "de_DE.UTF-8" << 0
+                                             << "Optionen:";
+}
+
+void tst_HostProcess::textWithoutDisplay()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, language);
+    QFETCH(int, exitCode);
+    QFETCH(QString, out);
+
+    HostProcess host;
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LC_ALL", "LC_MESSAGES", "LANGUAGE"})
+        host.setVariable(QLatin1String(name));
+    host.setVariable(QStringLiteral("LANG"), language);
+    const HostProcess::Result result = host.run(arguments, 60000);
+    QVERIFY2(result.finished && result.exitStatus == QProcess::NormalExit && result.exitCode == exitCode,
+             HostProcess::describe(result).constData());
+    QVERIFY2(result.out.contains(out), HostProcess::describe(result).constData());
 }
 
 QTEST_GUILESS_MAIN(tst_HostProcess)

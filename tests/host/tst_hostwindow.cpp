@@ -9,6 +9,7 @@
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
+#include "orvexsnackbarfilter.h"
 #include "orvexmimedata.h"
 #include "orvexthemewriter.h"
 #include "orvexwbwebview.h"
@@ -26,6 +27,8 @@
 #include <QMenu>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QPushButton>
+#include <QSettings>
 #include <QStatusBar>
 #include <QTableView>
 #include <QWebEnginePage>
@@ -55,10 +58,12 @@ private slots:
 
     void workbenchGetsClientsAndConnection();
     void statusBarShowsCommandsAndSnackbars();
+    void statusBarOffersAnAction();
     void filterEditFiltersTheList();
     void documentDragShowsTheChooser();
     void themeColourReachesTheChooser();
     void sessionOnAFreshArchive();
+    void layoutSurvivesARestart();
     void germanTexts(); // last: installs translators for the rest of the process
 
 private:
@@ -129,6 +134,44 @@ void tst_HostWindow::statusBarShowsCommandsAndSnackbars()
     QSnackbarEvent(QStringLiteral("Added 2 document(s)")).send();
     QTRY_COMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Added 2 document(s)"));
     QTRY_VERIFY_WITH_TIMEOUT(m_window->statusBar()->currentMessage().isEmpty(), 15000);
+}
+
+// Failed before: a message's action (Undo) never reached the user.
+void tst_HostWindow::statusBarOffersAnAction()
+{
+    m_window->show();
+    auto *button = m_window->statusBar()->findChild<QPushButton *>(QStringLiteral("statusAction"));
+    QVERIFY(button && !button->isVisible());
+    const auto offer = [](QAction *action) {
+        QSnackbarEvent event(QStringLiteral("Card 12 removed."));
+        event.setAction(action);
+        event.send();
+    };
+
+    // Shown with the message, as long as the action exists, even past the usual time.
+    auto *undo = new QAction(QStringLiteral("Undo"), this);
+    QSignalSpy triggered(undo, &QAction::triggered);
+    offer(undo);
+    QTRY_VERIFY(button->isVisible());
+    QCOMPARE(button->text(), QStringLiteral("Undo"));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Undo"));
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Card 12 removed."));
+    QTest::qWait(OrvexSnackbarFilter::displayMilliseconds(QStringLiteral("Card 12 removed.")) + 200);
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Card 12 removed."));
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(triggered.count(), 1);
+    // The offer ends with its action: the message and the button go.
+    delete undo;
+    QVERIFY(!button->isVisible());
+    QVERIFY(m_window->statusBar()->currentMessage().isEmpty());
+
+    // Another message ends the offer too; the action is left alone.
+    QAction other(QStringLiteral("Undo"));
+    offer(&other);
+    QTRY_VERIFY(button->isVisible());
+    QSnackbarEvent(QStringLiteral("Added 1 document(s)")).send();
+    QTRY_COMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Added 1 document(s)"));
+    QVERIFY(!button->isVisible());
 }
 
 void tst_HostWindow::filterEditFiltersTheList()
@@ -238,6 +281,54 @@ void tst_HostWindow::sessionOnAFreshArchive()
         board->page()->runJavaScript(script, [shown](const QVariant &text) { *shown = text.toString(); });
         return *shown;
     }()), docIds.join(QLatin1Char(';')), 20000);
+}
+
+// Failed before: the window's size, the dock's width and the clipboard shown were forgotten.
+void tst_HostWindow::layoutSurvivesARestart()
+{
+    QSettings().clear(); // test mode: the test's own settings
+    RecordingClassifyClient classify;
+    classify.addClipboard(QStringLiteral("Inbox"));
+    const QString shown = classify.addClipboard(QStringLiteral("Tax 2026"));
+    classify.addClipboard(QStringLiteral("Letters"));
+    // A host run: a plugin instance and a window over the same clients.
+    struct Run
+    {
+        std::unique_ptr<TavloDocPluginInterface> plugin;
+        std::unique_ptr<OrvexHostWindow> window;
+    };
+    const auto start = [&](Run &run) {
+        run.plugin.reset(m_loader.plugin()->createInstance());
+        run.window = std::make_unique<OrvexHostWindow>();
+        QVERIFY(run.window->installWorkbench(run.plugin.get(), &classify, m_archive, m_connection));
+        run.window->restoreLayout();
+        run.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(run.window.get()));
+    };
+
+    Run first;
+    start(first);
+    first.window->resize(1000, 640);
+    first.window->resizeDocks({first.window->workbenchDock()}, {420}, Qt::Horizontal);
+    QVERIFY(first.window->showClipboard(shown));
+    QTRY_COMPARE(first.window->workbenchDock()->width(), 420);
+    QVERIFY(first.window->close());
+    first.window.reset();
+
+    Run second;
+    start(second);
+    QCOMPARE(second.window->size(), QSize(1000, 640));
+    QTRY_COMPARE(second.window->workbenchDock()->width(), 420);
+    QCOMPARE(second.window->currentClipboard(), shown);
+
+    // A clipboard that has gone meanwhile leaves the first tab shown.
+    second.window->close();
+    second.window.reset();
+    QVERIFY(classify.removeClipboard(shown));
+    Run third;
+    start(third);
+    QVERIFY(!third.window->currentClipboard().isEmpty());
+    QVERIFY(third.window->currentClipboard() != shown);
 }
 
 void tst_HostWindow::germanTexts()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QMap>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -14,6 +15,9 @@ public:
         : m_program(program)
     {
     }
+
+    // Changes the environment the program starts with: an empty value removes the variable.
+    void setVariable(const QString &name, const QString &value = QString()) { m_variables.insert(name, value); }
 
     struct Result
     {
@@ -32,6 +36,12 @@ public:
             env.insert(QLatin1String(name), m_home.filePath(QLatin1String(name)));
         env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path()); // private (0700), as Qt wants it
         env.remove(QStringLiteral("ORVEX_ARCHIVE_DIR"));
+        for (auto it = m_variables.cbegin(); it != m_variables.cend(); ++it) {
+            if (it.value().isEmpty())
+                env.remove(it.key());
+            else
+                env.insert(it.key(), it.value());
+        }
         process.setProcessEnvironment(env);
         process.start(m_program, arguments);
         Result result;
@@ -69,4 +79,5 @@ public:
 private:
     QString m_program;
     QTemporaryDir m_home;
+    QMap<QString, QString> m_variables;
 };

@@ -2,13 +2,15 @@
 
 #include "qsnackbarevent.h"
 
+#include <QAction>
 #include <QCoreApplication>
-#include <QObject>
+#include <QList>
+#include <QPointer>
 #include <QStringList>
 
-// Collects the snackbar messages posted while it lives, as "app:<text>" for
-// those sent to the application (where a host picks them up) and
-// "object:<text>" for those sent to another receiver.
+// Records the snackbar messages posted while it exists: "app:<text>" for
+// those to the application (the host's), "object:<text>" for others, and the
+// action each offers (null for none).
 class SnackbarCatcher : public QObject
 {
 public:
@@ -16,13 +18,25 @@ public:
     ~SnackbarCatcher() override { QCoreApplication::instance()->removeEventFilter(this); }
 
     QStringList texts;
+    QList<QPointer<QAction>> actions;
+
+    // The action offered with the last message that has one.
+    QAction *lastAction() const
+    {
+        for (int i = actions.size() - 1; i >= 0; --i)
+            if (actions.at(i))
+                return actions.at(i);
+        return nullptr;
+    }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         if (event->type() == QSnackbarEvent::snackbarType()) {
-            texts << (watched == QCoreApplication::instance() ? QStringLiteral("app:") : QStringLiteral("object:"))
-                         + static_cast<QSnackbarEvent *>(event)->getText();
+            const auto *snackbar = static_cast<QSnackbarEvent *>(event);
+            texts << QStringLiteral("%1:%2").arg(watched == QCoreApplication::instance() ? "app" : "object",
+                                                 snackbar->getText());
+            actions << snackbar->action();
         }
         return false;
     }

@@ -8,10 +8,14 @@
 #include "orvexclipboardlabel.h"
 #include "orvexwbcornerwidget.h"
 #include "orvexwbwebview.h"
+#include "orvexundooffer.h"
 #include "orvexworkbenchtab.h"
 #include "recordingarchiveclient.h"
 #include "recordingclassifyclient.h"
+#include "snackbarcatcher.h"
 
+#include <QClipboard>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QSignalSpy>
@@ -143,6 +147,8 @@ private slots:
         QCOMPARE(calls("createClipboard"), 2);
         QCOMPARE(m_tabs->boardAt(0)->getId(), m_classify->clipboards().first().uuid);
 
+        OrvexUndoOffer::setMilliseconds(300);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
         {
             ModalAnswerer yes(QMessageBox::Yes); // removed by the user: a new one 100 ms later
             QTest::mouseClick(closeButton(0), Qt::LeftButton);
@@ -151,7 +157,7 @@ private slots:
         QCOMPARE(m_tabs->count(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(tabs(), QStringList{"New Clipboard"}, kLong);
         QCOMPARE(calls("createClipboard"), 3);
-        QCOMPARE(m_classify->clipboards().size(), 1);
+        QTRY_COMPARE(m_classify->clipboards().size(), 1); // once the time to undo is over
     }
 
     void serverFailingEveryCall()
@@ -165,9 +171,12 @@ private slots:
         orvexwbwebview *board = m_tabs->boardAt(0);
         m_tabs->updateData(); // a failing reload keeps the tabs instead of churning them
         QCOMPARE(m_tabs->boards(), QList<orvexwbwebview *>{board});
-        clickAdd(); // adding still gives a tab; removing fails and leaves it
+        clickAdd(); // adding still gives a tab; removing fails and brings it back
+        OrvexUndoOffer::setMilliseconds(300);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
         ModalAnswerer yes(QMessageBox::Yes);
         QTest::mouseClick(closeButton(1), Qt::LeftButton);
+        QTRY_COMPARE(calls("removeClipboard"), 1);
         QCOMPARE(tabs(), QStringList({"New Clipboard", "New Clipboard (1)"}));
         QCOMPARE(calls("createClipboard"), 2);
         // The server answering again lists neither: one new clipboard.
@@ -228,13 +237,17 @@ private slots:
         QTest::addColumn<bool>("serverFails");
         QTest::addColumn<bool>("fromMenu"); // the board's menu, else the tab's close button
         QTest::addColumn<int>("current");   // the tab shown meanwhile
+        QTest::addColumn<QString>("then");  // "undo", "wait" (the time to undo runs out) or "close"
         QTest::addColumn<bool>("removed");
-        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << 1 << true;
-        QTest::newRow("no") << int(QMessageBox::No) << false << false << 1 << false;
-        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << 1 << false;
-        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << 1 << true;
+        QTest::newRow("yes") << int(QMessageBox::Yes) << false << false << 1 << "wait" << true;
+        QTest::newRow("no") << int(QMessageBox::No) << false << false << 1 << "wait" << false;
+        QTest::newRow("yes, server refuses") << int(QMessageBox::Yes) << true << false << 1 << "wait" << false;
+        QTest::newRow("yes, from the board's menu") << int(QMessageBox::Yes) << false << true << 1 << "wait" << true;
+        // Failed before: a removal could not be taken back.
+        QTest::newRow("yes, then undo") << int(QMessageBox::Yes) << false << false << 1 << "undo" << false;
+        QTest::newRow("yes, then the workbench closes") << int(QMessageBox::Yes) << false << false << 1 << "close" << true;
         QTest::newRow("the menu of a board not current offered to remove the current one")
-            << int(QMessageBox::Yes) << false << true << 0 << true;
+            << int(QMessageBox::Yes) << false << true << 0 << "wait" << true;
     }
 
     void removeClipboard()
@@ -243,14 +256,20 @@ private slots:
         QFETCH(bool, serverFails);
         QFETCH(bool, fromMenu);
         QFETCH(int, current);
+        QFETCH(QString, then);
         QFETCH(bool, removed);
         m_classify->addClipboard("Keep");
         const QString doomed = m_classify->addClipboard("Doomed");
+        m_classify->addClipboard("After");
+        m_classify->addEntry(doomed, "17", "1017", "its note");
         start();
         m_classify->log().setFailing("removeClipboard", serverFails);
         m_tabs->setCurrentIndex(current);
         QPointer<orvexwbwebview> board = m_tabs->boardAt(1);
+        OrvexUndoOffer::setMilliseconds(300);
+        auto restore = qScopeGuard([] { OrvexUndoOffer::setMilliseconds(OrvexUndoOffer::DefaultMilliseconds); });
 
+        SnackbarCatcher snackbars;
         ModalAnswerer answerer(static_cast<QMessageBox::StandardButton>(answer));
         if (fromMenu)
             QMetaObject::invokeMethod(board, "removeClipboard");
@@ -258,32 +277,74 @@ private slots:
             QTest::mouseClick(closeButton(1), Qt::LeftButton);
         QVERIFY(answerer.answered());
         QCOMPARE(answerer.seenText(), QStringLiteral("Remove Clipboard Doomed ?"));
-        QCOMPARE(m_classify->log().callsOf("removeClipboard").size(), answer == QMessageBox::Yes ? 1 : 0);
-        QCOMPARE(tabs(), removed ? QStringList({"Keep"}) : QStringList({"Keep", "Doomed"}));
+        if (answer == QMessageBox::Yes) {
+            // Gone from the tabs and the chooser at once, still on the server, and offered to undo.
+            QCOMPARE(tabs(), QStringList({"Keep", "After"}));
+            QCOMPARE(labels(), QStringList({"Keep", "After"}));
+            QCOMPARE(calls("removeClipboard"), 0);
+            QTRY_COMPARE(snackbars.texts.value(0), QStringLiteral("app:Clipboard Doomed removed."));
+            QVERIFY(snackbars.lastAction());
+            QCOMPARE(snackbars.lastAction()->text(), QStringLiteral("Undo"));
+            // A refresh meanwhile does not bring it back.
+            m_tabs->updateData();
+            QCOMPARE(tabs(), QStringList({"Keep", "After"}));
+        }
+        if (then == "undo") {
+            snackbars.lastAction()->trigger();
+        } else if (then == "close") {
+            delete m_window;
+            m_window = nullptr;
+            QCOMPARE(calls("removeClipboard"), 1);
+            QVERIFY(!m_classify->hasClipboard(doomed));
+            return;
+        } else {
+            QTest::qWait(500);
+        }
+        QTRY_VERIFY(!snackbars.lastAction()); // the offer is over either way
+        QCOMPARE(calls("removeClipboard"), answer == QMessageBox::Yes && then == "wait" ? 1 : 0);
+        QCOMPARE(tabs(), removed ? QStringList({"Keep", "After"}) : QStringList({"Keep", "Doomed", "After"}));
         QCOMPARE(m_classify->hasClipboard(doomed), !removed);
         if (removed) {
             QTRY_VERIFY_WITH_TIMEOUT(!board, kLong);
         } else {
+            // The same board, in its place, with its card and note.
+            QCOMPARE(m_tabs->boardAt(1), board.data());
             QVERIFY(!board->isStopped());
+            QCOMPARE(board->cardIds(), QStringList{"1017"});
+            QCOMPARE(m_classify->clipboard(doomed).entries.value(0).comment, QStringLiteral("its note"));
+            QCOMPARE(labels(), QStringList({"Keep", "Doomed", "After"}));
         }
+        if (serverFails)
+            QVERIFY(snackbars.texts.contains(QStringLiteral("app:Clipboard Doomed could not be removed.")));
         QTest::qWait(150); // never a replacement while others are left
         QCOMPARE(calls("createClipboard"), 0);
     }
 
     void rename_data()
     {
-        QTest::addColumn<QString>("typed"); // "<clear>" empties the field
+        QTest::addColumn<QString>("typed"); // "<clear>" empties the field, "<paste>" pastes 150 characters
         QTest::addColumn<QString>("finish"); // "return", "escape" or "focus" (moved elsewhere)
         QTest::addColumn<bool>("serverFails");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("serverName"); // also the board's, and the title after a reload
-        const QString longName(300, 'x');
-        QTest::newRow("new name") << "Projects" << "return" << false << "Projects" << "Projects";
-        QTest::newRow("empty text restores") << "<clear>" << "return" << false << "Inbox" << "Inbox";
-        QTest::newRow("cut to 254") << longName << "return" << false << longName.left(254) << longName.left(254);
-        QTest::newRow("escape restores") << "Never mind" << "escape" << false << "Inbox" << "Inbox";
-        QTest::newRow("focus loss commits") << "Elsewhere" << "focus" << false << "Elsewhere" << "Elsewhere";
-        QTest::newRow("server refuses: tab keeps the text") << "Refused" << "return" << true << "Refused" << "Inbox";
+        QTest::addColumn<QString>("told");       // the one message in the status bar, if any
+        const QString longName(130, 'x');
+        const QString limit = QStringLiteral("A clipboard name has at most 100 characters.");
+        QTest::newRow("new name") << "Projects" << "return" << false << "Projects" << "Projects" << "";
+        // Failed before: an empty name reverted without a word, a long one was
+        // shown on the tab but never saved, a refused one looked renamed.
+        QTest::newRow("empty name refused") << "<clear>" << "return" << false << "Inbox" << "Inbox"
+                                            << "A clipboard needs a name: Inbox keeps its name.";
+        QTest::newRow("blank name refused") << "   " << "return" << false << "Inbox" << "Inbox"
+                                            << "A clipboard needs a name: Inbox keeps its name.";
+        QTest::newRow("typed beyond 100") << longName << "return" << false << longName.left(100) << longName.left(100)
+                                          << limit;
+        QTest::newRow("pasted beyond 100") << "<paste>" << "return" << false << QString(100, 'p') << QString(100, 'p')
+                                           << limit;
+        QTest::newRow("escape restores") << "Never mind" << "escape" << false << "Inbox" << "Inbox" << "";
+        QTest::newRow("focus loss commits") << "Elsewhere" << "focus" << false << "Elsewhere" << "Elsewhere" << "";
+        QTest::newRow("server refuses: tab keeps the text") << "Refused" << "return" << true << "Refused" << "Inbox"
+                                                            << "Clipboard Inbox could not be renamed.";
     }
 
     void rename()
@@ -293,20 +354,26 @@ private slots:
         QFETCH(bool, serverFails);
         QFETCH(QString, title);
         QFETCH(QString, serverName);
+        QFETCH(QString, told);
         m_classify->addClipboard("Other");
         const QString inbox = m_classify->addClipboard("Inbox");
         start();
         QApplication::setActiveWindow(m_window); // no window manager under Xvfb to do it
         m_classify->log().setFailing("renameClipboard", serverFails);
+        SnackbarCatcher snackbars;
 
         QLineEdit *editor = startRename(1);
         QVERIFY(editor);
         QTRY_VERIFY(editor->hasFocus());
         QCOMPARE(editor->selectedText(), QStringLiteral("Inbox"));
-        if (typed == "<clear>")
+        if (typed == "<clear>") {
             QTest::keyClick(editor, Qt::Key_Backspace);
-        else
+        } else if (typed == "<paste>") {
+            QApplication::clipboard()->setText(QString(150, 'p'));
+            QTest::keyClick(editor, Qt::Key_V, Qt::ControlModifier);
+        } else {
             QTest::keyClicks(editor, typed);
+        }
         if (finish == "focus")
             filterField()->setFocus();
         else
@@ -321,6 +388,8 @@ private slots:
         QVERIFY(!m_tabs->tabBar()->signalsBlocked());
         m_tabs->updateData();
         QCOMPARE(m_tabs->tabText(1), serverName);
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(snackbars.texts, told.isEmpty() ? QStringList() : QStringList{QStringLiteral("app:") + told});
     }
 
     // The tab bar and the board shown agree, whatever ends a rename.
@@ -432,14 +501,20 @@ private slots:
     {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QList<bool>>("enabled"); // Inbox, Invoices 2026, Archive
-        QTest::newRow("prefix") << "in" << QList<bool>{true, true, false};
-        QTest::newRow("inside the name") << "2026" << QList<bool>{false, true, false};
+        QTest::addColumn<int>("current");         // -1: the empty state instead of a board
+        QTest::newRow("prefix") << "in" << QList<bool>{true, true, false} << 0;
+        QTest::newRow("inside the name") << "2026" << QList<bool>{false, true, false} << 1;
+        // Failed before: the board of the hidden tab next to Inbox came into view.
+        QTest::newRow("only the last") << "arch" << QList<bool>{false, false, true} << 2;
+        // Failed before: no word that nothing matched, and a hidden tab's board in view.
+        QTest::newRow("nothing") << "zzz" << QList<bool>{false, false, false} << -1;
     }
 
     void filter()
     {
         QFETCH(QString, typed);
         QFETCH(QList<bool>, enabled);
+        QFETCH(int, current);
         m_classify->addClipboard("Inbox");
         m_classify->addClipboard("Invoices 2026");
         m_classify->addClipboard("Archive", false);
@@ -449,12 +524,27 @@ private slots:
         for (int i = 0; i < m_tabs->count(); ++i) // filtered tabs are disabled, not removed
             seen << m_tabs->isTabEnabled(i);
         QCOMPARE(seen, enabled);
+        auto *noMatch = m_tabs->findChild<QLabel *>("m_noMatch");
+        QVERIFY(noMatch);
+        QCOMPARE(noMatch->isVisible(), current < 0);
+        if (current >= 0) {
+            QCOMPARE(m_tabs->currentIndex(), current);
+        } else {
+            QCOMPARE(noMatch->text(), QStringLiteral("No clipboard matches"));
+            // It covers the board, so none is seen.
+            const QRect board(m_tabs->currentWidget()->mapTo(m_tabs, QPoint()), m_tabs->currentWidget()->size());
+            QVERIFY(noMatch->geometry().contains(board));
+            m_window->resize(900, 400); // and stays over it
+            QTRY_VERIFY(noMatch->geometry().contains(QRect(m_tabs->currentWidget()->mapTo(m_tabs, QPoint()),
+                                                           m_tabs->currentWidget()->size())));
+        }
         // Adding a clipboard clears the filter: every tab shows again.
         clickAdd();
         QVERIFY(filterField()->text().isEmpty());
         for (int i = 0; i < m_tabs->count(); ++i)
             QVERIFY(m_tabs->isTabEnabled(i));
         QCOMPARE(m_tabs->currentIndex(), 3);
+        QVERIFY(!noMatch->isVisible());
     }
 
     void stopStopsEveryBoard()

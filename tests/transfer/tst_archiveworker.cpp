@@ -7,7 +7,6 @@
 #include "recordingarchiveclient.h"
 #include "sequenceanswerer.h"
 
-#include <QDesktopServices>
 #include <QDirIterator>
 #include <QListWidget>
 #include <QTemporaryDir>
@@ -24,7 +23,7 @@ using Remarks = QMap<QString, QString>;
 
 struct Connection { QString server, login, archive; bool keep; QString error; bool dropped; };
 struct Naming { QString fetched, archiveName; qlonglong version; Remarks remarks; QString expected; QStringList existing; };
-struct Mail { Ids ids, versions; QString command, warning, expected, box; };
+struct Mail { Ids ids, versions; QString command, warning, expected, error; };
 Q_DECLARE_METATYPE(Connection)
 Q_DECLARE_METATYPE(Naming)
 Q_DECLARE_METATYPE(Mail)
@@ -76,9 +75,6 @@ QStringList filesBelow(const QString &root)
 class tst_ArchiveWorker : public QObject
 {
     Q_OBJECT
-
-public slots:
-    void recordOpenedUrl(const QUrl &url) { m_opened << url; }
 
 private slots:
     void initTestCase()
@@ -472,21 +468,89 @@ private slots:
         QCOMPARE(filesBelow(fetchFolder()).size(), 2); // fetched files are kept offline
     }
 
+    // A fake desktop launcher in the scratch folder's bin: each run writes its
+    // arguments, one a line, into a file of its own, out-<process id>.
+    QString fakeLauncher(const QString &name, const QString &out)
+    {
+        const QString launcher = m_dir->filePath("bin/" + name);
+        writeFile(launcher, QString("#!/bin/sh\nfor a in \"$@\"; do printf '%s\\n' \"$a\"; done > \"%1.$$\"\n"
+                                    "mv \"%1.$$\" \"%1-$$\"\n").arg(out).toUtf8());
+        QFile::setPermissions(launcher, QFileDevice::Permissions(0x7755));
+        return launcher;
+    }
+
+    // What the runs of a fake launcher were given, sorted.
+    static QStringList launcherCalls(const QString &out)
+    {
+        QStringList calls;
+        const QFileInfo info(out);
+        for (const QFileInfo &file : QDir(info.path()).entryInfoList({info.fileName() + "-*"}, QDir::Files))
+            calls << QString::fromUtf8(readAll(file.filePath()));
+        calls.sort();
+        return calls;
+    }
+
+    // Every launch of the last call has told its outcome: the errors, in order.
+    // A launcher deletes itself once it has told its outcome: each is heard
+    // from as it finishes, in whatever order they do.
+    QStringList launchErrors()
+    {
+        const QList<OrvexLauncher *> launchers = m_worker->launches();
+        QVector<QString> errors(launchers.size());
+        int pending = 0;
+        QList<QMetaObject::Connection> heard;
+        for (int i = 0; i < launchers.size(); ++i) {
+            if (launchers.at(i)->isFinished()) {
+                errors[i] = launchers.at(i)->errorString();
+                continue;
+            }
+            ++pending;
+            heard << connect(launchers.at(i), &OrvexLauncher::finished, this,
+                             [&errors, &pending, i](bool, const QString &error) {
+                                 errors[i] = error;
+                                 --pending;
+                             });
+        }
+        const bool finished = QTest::qWaitFor([&pending] { return pending == 0; }, 10000);
+        for (const QMetaObject::Connection &connection : heard)
+            disconnect(connection);
+        return finished ? errors.toList() : QStringList{"did not finish"};
+    }
+
     void openMode()
     {
-        QDesktopServices::setUrlHandler("file", this, "recordOpenedUrl");
+        const QString out = m_dir->filePath("opened");
+        fakeLauncher("xdg-open", out);
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(m_dir->filePath("bin")) + ':' + path);
         QStringList result;
         SequenceAnswerer answerer;
-        QVERIFY(m_worker->exportDocuments({101, 4711}, {5}, {}, {{"4711", "Notiz"}}, m_target, true, result, -1, false,
-                                          false, false, "opt"));
-        QDesktopServices::unsetUrlHandler("file");
+        const bool done = m_worker->exportDocuments({101, 4711}, {5}, {}, {{"4711", "Notiz"}}, m_target, true, result,
+                                                    -1, false, false, false, "opt");
+        qputenv("PATH", path);
+        QVERIFY(done);
         QVERIFY(answerer.texts().isEmpty());
-        QCOMPARE(m_opened, (QList<QUrl>{QUrl::fromLocalFile(result.value(0)), QUrl::fromLocalFile(result.value(1))}));
+        QCOMPARE(m_worker->launches().size(), 2);
+        QCOMPARE(launchErrors(), (QStringList{"", ""}));
+        QCOMPARE(launcherCalls(out), (QStringList{result[0] + '\n', result[1] + '\n'}));
         QCOMPARE(QFileInfo(result[0]).fileName() + ' ' + QFileInfo(result[1]).fileName(), QString("report.pdf 4711_Notiz."));
         QVERIFY(QFileInfo::exists(result[0]) && QFileInfo::exists(result[1])); // the viewer reads them later
         QVERIFY(filesBelow(m_target).isEmpty());
         // A docs id list of the wrong length counts as unknown entries.
         QCOMPARE(m_client->log().last("getDocumentFileName").args, (QVariantList{"4711", "-1"}));
+    }
+
+    // Failed before: without a desktop launcher the document counted as opened.
+    void openWithoutLauncher()
+    {
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(m_dir->filePath("bin")));
+        QStringList result;
+        const bool done = m_worker->exportDocuments({101}, {}, {}, {}, QString(), true, result, -1, false, false,
+                                                    false, {});
+        qputenv("PATH", path);
+        QVERIFY(done);
+        QCOMPARE(launchErrors(), QStringList{"No program to open PDF files is set up (xdg-open)."});
     }
 
     void mail_data()
@@ -497,31 +561,28 @@ private slots:
             << Mail{{101, 102, 101}, {}, "MAILER --attach %1", "", "--attach\nF/101_0/report.pdf,F/102_0/letter.odt\n", ""};
         QTest::newRow("desktop launcher") << Mail{{101}, {}, "", "", "mailto:?subject=&body=&attach=F/101_0/report.pdf\n", ""};
         QTest::newRow("missing command")
-            << Mail{{101}, {}, "/nonexistent/mailer %1", "MAIL COMMAND FAILED", "",
-                    "E-Mail Command: The e-mail could not be created, unable to start Mail-Client!"};
+            << Mail{{101}, {}, "/nonexistent/mailer %1", "LAUNCHER NOT FOUND", "",
+                    "The e-mail could not be created, unable to start Mail-Client! /nonexistent/mailer was not found."};
     }
 
     void mail()
     {
         QFETCH(Mail, m);
         const QString out = m_dir->filePath("args");
-        const QString mailer = m_dir->filePath("bin/xdg-email");
-        writeFile(mailer, QString("#!/bin/sh\nfor a in \"$@\"; do printf '%s\\n' \"$a\"; done > \"%1.part\"\n"
-                                  "mv \"%1.part\" \"%1\"\n").arg(out).toUtf8());
-        QFile::setPermissions(mailer, QFileDevice::Permissions(0x7755));
+        const QString mailer = fakeLauncher("xdg-email", out);
         if (!m.warning.isEmpty())
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(m.warning));
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(m_dir->filePath("bin")) + ':' + path);
-        SequenceAnswerer answerer({ok});
+        SequenceAnswerer answerer;
         const bool done = m_worker->mailDocuments(m.ids, {}, m.versions, {}, m.command.replace("MAILER", mailer), false);
         qputenv("PATH", path);
         QVERIFY(done);
-        QCOMPARE(answerer.texts(), m.box.isEmpty() ? QStringList() : QStringList{m.box});
+        QCOMPARE(launchErrors(), QStringList{m.error});
+        QVERIFY(answerer.texts().isEmpty()); // told by the caller, not by a box of its own
         if (m.expected.isEmpty())
             return;
-        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(out), 15000);
-        QCOMPARE(QString::fromUtf8(readAll(out)), m.expected.replace("F/", fetchFolder() + '/'));
+        QCOMPARE(launcherCalls(out), QStringList{m.expected.replace("F/", fetchFolder() + '/')});
     }
 
     void mailStops()
@@ -576,7 +637,6 @@ private:
     QTemporaryDir *m_dir = nullptr;
     QString m_target;
     QStringList m_seen; // "title: text" of the dialogs the last exportDocs met
-    QList<QUrl> m_opened;
 };
 
 QTEST_MAIN(tst_ArchiveWorker)

@@ -135,6 +135,17 @@ QString E2eArchive::clipboardId(const QString &name) const
         .toString();
 }
 
+QStringList E2eArchive::rights(const QString &clipboardName) const
+{
+    QStringList rights;
+    for (const QVariant &row : rows(QStringLiteral("SELECT r.role_id, r.mode FROM clipboard_rights r "
+                                                   "JOIN clipboards c ON c.uuid = r.clipboard WHERE c.name = ? "
+                                                   "ORDER BY r.role_id"),
+                                    {clipboardName}, 2))
+        rights << row.toList().value(0).toString() + QLatin1Char(':') + row.toList().value(1).toString();
+    return rights;
+}
+
 QList<E2eArchive::Entry> E2eArchive::entries(const QString &clipboardName) const
 {
     QList<Entry> entries;

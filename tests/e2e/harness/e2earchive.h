@@ -38,6 +38,8 @@ public:
     QString clipboardId(const QString &name) const;
     // The clipboard's entries in their order; empty for an unknown clipboard.
     QList<Entry> entries(const QString &clipboardName) const;
+    // Who may view ("role:R") or edit ("role:W") the clipboard, sorted.
+    QStringList rights(const QString &clipboardName) const;
     QList<Document> documents() const;
     Document document(qlonglong docId) const;
     // Documents every user may read (no read role), ordered by id.

@@ -25,6 +25,12 @@ QString E2eDesktop::binFolder()
     return QCoreApplication::applicationDirPath();
 }
 
+void E2eDesktop::setVariable(const QString &name, const QString &value)
+{
+    m_overrides.insert(name, value);
+    m_env.insert(name, value);
+}
+
 QString E2eDesktop::logFile(const QString &program) const
 {
     return m_home.filePath(program + QStringLiteral(".log"));
@@ -70,6 +76,8 @@ bool E2eDesktop::start(QString *error)
     if (!env.contains(QStringLiteral("QTWEBENGINE_CHROMIUM_FLAGS")))
         env.insert(QStringLiteral("QTWEBENGINE_CHROMIUM_FLAGS"),
                    QStringLiteral("--disable-gpu --disable-background-networking"));
+    for (const QString &name : m_overrides.keys())
+        env.insert(name, m_overrides.value(name));
     m_env = env;
 
     if (!m_bus.start(QStringLiteral("dbus-daemon"),

@@ -26,6 +26,9 @@ public:
     // For programs on this desktop: DISPLAY, the session bus, private HOME and
     // XDG folders, accessibility switched on (Qt widgets and web pages).
     QProcessEnvironment environment() const { return m_env; }
+    // Sets a variable for the programs started from now on, before start() too
+    // (LANG=de_DE.UTF-8 runs them in German).
+    void setVariable(const QString &name, const QString &value);
     QString home() const { return m_home.path(); }
     // Where programs of this desktop log (one file per program).
     QString logFile(const QString &program) const;
@@ -50,6 +53,7 @@ private:
     QString m_display;
     QString m_sessionBus;
     QProcessEnvironment m_env;
+    QProcessEnvironment m_overrides;
     E2eProgram m_server{QStringLiteral("X server")};
     E2eProgram m_bus{QStringLiteral("D-Bus session")};
     E2eProgram m_windowManager{QStringLiteral("openbox")};

@@ -189,12 +189,22 @@ bool E2eTest::isCurrentTab(const QString &title)
 
 bool E2eTest::showTab(const QString &title)
 {
-    if (!revealTab(title))
-        return false;
+    QRect target;
+    if (revealTab(title)) {
+        target = m_tree.extents(tab(title));
+    } else {
+        // Once tabs were removed, the tab bar may report no scroll button
+        // (Qt's accessible tab bar keeps children by position); a tab partly
+        // in view is chosen by its visible part, and the bar scrolls to it.
+        const E2eNode node = tab(title);
+        target = m_tree.extents(node) & m_tree.extents(m_tree.parent(node));
+        if (target.width() < 8)
+            return false;
+    }
     // A second click soon after the first would be a double click, which renames.
     if (isCurrentTab(title))
         return true;
-    input().click(centreOf(tab(title)));
+    input().click(target.center());
     return waitFor([&] { return isCurrentTab(title); }, 10000);
 }
 
