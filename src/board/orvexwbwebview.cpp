@@ -34,6 +34,10 @@
 namespace {
 
 const QChar kSep(0xFEFF);
+// How long the cards' first images gather before they go to the page.
+const int kImageBatchMs = 200;
+// Set on a pool thread while it sends the image of a page the user turned to.
+thread_local bool t_urgentImage = false;
 const QString kDragMarker = QStringLiteral("x-application-orvex");
 
 // Page labels: the English text is the key, the element id is derived from it.
@@ -107,6 +111,9 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
     // Called on the emitting thread: doJavascript() hands the scripts of the
     // pool threads to the GUI thread, the cards' images in batches.
     connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript, Qt::DirectConnection);
+    m_flushTimer.setSingleShot(true);
+    m_flushTimer.setInterval(kImageBatchMs);
+    connect(&m_flushTimer, &QTimer::timeout, this, &orvexwbwebview::flushScripts);
     // Scripts sent before the page is there wait for it: a board may learn its
     // cards while its page still loads.
     connect(this, &QWebEngineView::loadStarted, this, [this] { m_pageReady = false; });
@@ -256,16 +263,24 @@ void orvexwbwebview::doJavascript(QString jscript)
         QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
         return;
     }
-    // The cards' images that come in while the GUI thread is busy reach the
-    // page as one script, so that it lays out and paints once for them.
+    // The cards' images reach the page together, a batch at most every
+    // kImageBatchMs, so that it lays out and paints once for many of them;
+    // a page the user turned to goes at once, with what waits.
+    const bool urgent = t_urgentImage;
     QMutexLocker locker(&m_scriptsMutex);
     m_pendingScripts << jscript;
-    if (!std::exchange(m_flushQueued, true))
-        QMetaObject::invokeMethod(this, &orvexwbwebview::flushScripts, Qt::QueuedConnection);
+    if (!std::exchange(m_flushQueued, true) || urgent)
+        QMetaObject::invokeMethod(this, [this, urgent] {
+            if (urgent)
+                flushScripts();
+            else if (!m_flushTimer.isActive())
+                m_flushTimer.start();
+        }, Qt::QueuedConnection);
 }
 
 void orvexwbwebview::flushScripts()
 {
+    m_flushTimer.stop();
     QStringList scripts;
     {
         QMutexLocker locker(&m_scriptsMutex);
@@ -949,10 +964,14 @@ void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpag
         return;
     const QString script = orvexcardscripts::thumbnailPages(cardid, orvexcardscripts::pageCount(pageCount));
     // Once fetched, an image is finished before the next one is fetched.
-    const auto priority = m_pictured.contains(cardid) ? orvexboardjobs::User : orvexboardjobs::Finish;
+    const bool urgent = m_pictured.contains(cardid);
     if (m_cards.contains(cardid))
         m_pictured.insert(cardid);
-    m_jobs->start([this, cardid, script, pix] { setPix(cardid, script, pix); }, priority);
+    m_jobs->start([this, cardid, script, pix, urgent] {
+        t_urgentImage = urgent;
+        setPix(cardid, script, pix);
+        t_urgentImage = false;
+    }, urgent ? orvexboardjobs::User : orvexboardjobs::Finish);
 }
 
 void orvexwbwebview::setPix(QString cardid, QString javascript, QPixmap pix)

@@ -161,8 +161,8 @@ protected:
 
 private:
     QString countLine() const;
-    // Runs the scripts the pool threads sent meanwhile in one go, each on its
-    // own so that one that fails does not stop the next.
+    // Runs the images' scripts the pool threads sent meanwhile in one go, each
+    // in a block of its own so that one that fails does not stop the next.
     void flushScripts();
     // Runs a script in the page, or keeps it until the page has loaded.
     void runScript(const QString &script);
@@ -207,6 +207,7 @@ private:
     QMutex m_scriptsMutex; // guards the two below, filled by pool threads
     QStringList m_pendingScripts;
     bool m_flushQueued = false;
+    QTimer m_flushTimer; // sends the images gathered meanwhile
     QSet<QString> m_pictured; // cards whose first image has come
     bool m_pageReady = false;
     QStringList m_waitingForPage;
