@@ -200,6 +200,7 @@ qlonglong OrvexArchive::importFile(const QString &filePath, const QString &title
         m_lastError = error;
         return 0;
     }
+    m_store->renderAhead({docId});
     emit documentsChanged();
     return docId;
 }

@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QVariantList>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -185,9 +186,14 @@ public:
     // The first bytes of a stored file, for telling its type.
     QByteArray head(Area area, const QString &name, int bytes);
 
-    // Cached page images; an empty answer when there is none.
+    // Cached page images; an empty answer when there is none. A hit counts as
+    // a use. The cache keeps within its limit by dropping the images used
+    // least recently; the order of use outlives the process.
     virtual QByteArray cachedImage(const ImageKey &key) = 0;
     virtual void cacheImage(const ImageKey &key, const QByteArray &png) = 0;
+    static constexpr qint64 DefaultImageCacheLimit = 512LL * 1024 * 1024;
+    void setImageCacheLimit(qint64 bytes) { m_imageCacheLimit = bytes; }
+    qint64 imageCacheLimit() const { return m_imageCacheLimit; }
 
     // Tells of changes that others (other processes, other machines) made:
     // onChange gets the Topic bits. The watcher lives in the calling thread,
@@ -212,4 +218,5 @@ protected:
 
 private:
     std::function<QSqlDatabase(QString &error)> m_connections;
+    std::atomic<qint64> m_imageCacheLimit{DefaultImageCacheLimit};
 };

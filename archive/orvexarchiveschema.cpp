@@ -238,6 +238,23 @@ const Statement kLiveAndRights[] = {
     {kPostgres, "GRANT USAGE ON SEQUENCE files_id_seq TO PUBLIC"},
 };
 
+// Step 4: a bounded page image cache on the server. Each image records its
+// last use; the cache drops the least recently used ones beyond a budget.
+// Readers mark their use; the trimming runs as the schema's owner, since an
+// image cached for one user may be dropped by another's budget.
+const Statement kImageCacheUse[] = {
+    {kPostgres, "ALTER TABLE page_images ADD COLUMN used TIMESTAMPTZ NOT NULL DEFAULT now()"},
+    {kPostgres, "CREATE POLICY touch ON page_images FOR UPDATE USING (EXISTS (SELECT 1 FROM documents d WHERE d.id = doc_id AND (d.read_role IS NULL OR d.read_role IN (SELECT orvex_roles_of(current_user)))))"},
+    {kPostgres, "GRANT UPDATE (used) ON page_images TO PUBLIC"},
+    {kPostgres, "CREATE FUNCTION orvex_trim_page_images(budget bigint) RETURNS void "
+                "LANGUAGE sql VOLATILE SECURITY DEFINER SET search_path FROM CURRENT AS $$ "
+                "DELETE FROM page_images p USING (SELECT doc_id, version, page, size, "
+                " SUM(octet_length(png)) OVER (ORDER BY used DESC, doc_id, version, page, size) AS kept "
+                " FROM page_images) o "
+                "WHERE o.kept > budget AND p.doc_id = o.doc_id AND p.version = o.version "
+                "AND p.page = o.page AND p.size = o.size $$"},
+};
+
 template <size_t N>
 QStringList select(const Statement (&statements)[N], Dialect dialect)
 {
@@ -251,7 +268,7 @@ QStringList select(const Statement (&statements)[N], Dialect dialect)
 
 int OrvexArchiveSchema::version()
 {
-    return 3;
+    return 4;
 }
 
 QStringList OrvexArchiveSchema::step(int index, OrvexArchiveBackend::Dialect dialect)
@@ -263,6 +280,8 @@ QStringList OrvexArchiveSchema::step(int index, OrvexArchiveBackend::Dialect dia
         return select(kUploadInspection, dialect);
     case 2:
         return select(kLiveAndRights, dialect);
+    case 3:
+        return select(kImageCacheUse, dialect);
     default:
         return {};
     }

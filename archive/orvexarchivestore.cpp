@@ -4,6 +4,7 @@
 #include "orvexarchivetranslations.h"
 #include "orvexcontenthash.h"
 #include "orvexpdftools.h"
+#include "orvexrenderahead.h"
 #include "orvexsamplearchive.h"
 #include "orvexsqlhelpers.h"
 #include "orvexstorageerror.h"
@@ -67,6 +68,7 @@ OrvexArchiveStore::OrvexArchiveStore(QObject *parent)
 OrvexArchiveStore::~OrvexArchiveStore()
 {
     delete m_watcher;
+    m_renderAhead.reset();
     closeAll();
 }
 
@@ -187,6 +189,7 @@ QSharedPointer<OrvexArchiveStore> OrvexArchiveStore::shared(const OrvexArchiveLo
 
 bool OrvexArchiveStore::open(const OrvexArchiveLocation &location, bool createSample, QString *error)
 {
+    m_renderAhead.reset();
     closeAll();
     QString message;
     if (openLocation(location, createSample, message))
@@ -227,6 +230,10 @@ bool OrvexArchiveStore::openLocation(const OrvexArchiveLocation &location, bool 
     bool fresh = false;
     if (!migrate(fresh, error))
         return false;
+    bool limited = false;
+    const qint64 limit = setting(QString::fromLatin1(ImageCacheSetting)).toLongLong(&limited);
+    m_backend->setImageCacheLimit(limited && limit > 0 ? limit : OrvexArchiveBackend::DefaultImageCacheLimit);
+    m_renderAhead = std::make_unique<OrvexRenderAhead>(*this);
     if (fresh && createSample && !OrvexSampleArchive::create(*this, &error)) {
         error = tr("Cannot create the sample archive: %1").arg(error);
         return false;
@@ -269,6 +276,15 @@ bool OrvexArchiveStore::migrate(bool &fresh, QString &error)
     if (!readVersion(db, tables, version, error))
         return false;
     if (version == OrvexArchiveSchema::version())
+        return true;
+    const auto changesLeft = [&] {
+        for (int step = version; step < OrvexArchiveSchema::version(); ++step)
+            if (!OrvexArchiveSchema::step(step, m_backend->dialect()).isEmpty())
+                return true;
+        return false;
+    };
+    // Steps that change nothing on this engine need not be recorded to read it.
+    if (isReadOnly() && version > 0 && !changesLeft())
         return true;
     if (isReadOnly()) {
         error = tr("The archive %1 is read-only and needs an upgrade to schema version %2 before it can be opened.")
@@ -719,4 +735,15 @@ void OrvexArchiveStore::watchChanges()
                 emit documentsChanged();
         },
         nullptr);
+}
+
+void OrvexArchiveStore::renderAhead(const QList<qlonglong> &docIds)
+{
+    if (m_renderAhead && !isReadOnly())
+        m_renderAhead->render(docIds);
+}
+
+bool OrvexArchiveStore::waitForRenderAhead(int msecs)
+{
+    return !m_renderAhead || m_renderAhead->waitForDone(msecs);
 }

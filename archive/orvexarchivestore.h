@@ -19,6 +19,7 @@
 
 class QIODevice;
 class QSqlQuery;
+class OrvexRenderAhead;
 
 // The archive's storage: the database (one connection per thread, since a
 // QSqlDatabase connection may only be used by the thread that opened it, and
@@ -179,6 +180,15 @@ public:
     // calling thread needs an event loop. Calling it again does nothing.
     void watchChanges();
 
+    // Renders the first page of the documents' current versions into the page
+    // image cache in the background, at the size a card asks for; called once
+    // their import is committed.
+    void renderAhead(const QList<qlonglong> &docIds);
+    // Waits for those renders; false on timeout.
+    bool waitForRenderAhead(int msecs = -1);
+    // The setting that bounds the page image cache (bytes).
+    static constexpr const char *ImageCacheSetting = "image_cache_bytes";
+
 signals:
     void documentsChanged();
     // Others (another process, another machine) changed the archive: topics
@@ -200,4 +210,5 @@ private:
     QMutex m_writeMutex;
     std::atomic_bool m_open{false};
     QPointer<QObject> m_watcher;
+    std::unique_ptr<OrvexRenderAhead> m_renderAhead;
 };

@@ -85,7 +85,7 @@ QByteArray OrvexArchiveThumbnails::getDocumentThumbnail(int docId, int page, int
         m_session.fail(error);
         return {};
     }
-    const QByteArray bytes = OrvexPdfTools::pngBytes(image);
+    const QByteArray bytes = OrvexPdfTools::quickPngBytes(image);
     store->backend().cacheImage(key, bytes);
     format = QStringLiteral("PNG");
     return bytes;

@@ -279,6 +279,7 @@ bool OrvexArchiveUploads::commitUpload(QString uploadId)
         store->undoFiles(files);
         return m_session.fail(error);
     }
+    store->renderAhead({docId});
     {
         QMutexLocker locker(&m_mutex);
         m_lastArchivedDocId = docId;

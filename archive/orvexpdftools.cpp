@@ -181,11 +181,24 @@ int OrvexPdfTools::hashDistance(const QByteArray &a, const QByteArray &b)
     return distance;
 }
 
-QByteArray OrvexPdfTools::pngBytes(const QImage &image)
+namespace {
+QByteArray encodePng(const QImage &image, int quality)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
+    image.save(&buffer, "PNG", quality);
     return bytes;
+}
+} // namespace
+
+QByteArray OrvexPdfTools::pngBytes(const QImage &image)
+{
+    return encodePng(image, -1);
+}
+
+QByteArray OrvexPdfTools::quickPngBytes(const QImage &image)
+{
+    // Qt maps a PNG quality of 85 to zlib's fastest level.
+    return encodePng(image, 85);
 }

@@ -681,18 +681,32 @@ bool OrvexPostgresBackend::localFile(Area area, const QString &name, LocalFile &
     return true;
 }
 
+namespace {
+void bindImageKey(QSqlQuery &query, const OrvexArchiveBackend::ImageKey &key)
+{
+    query.addBindValue(key.docId);
+    query.addBindValue(key.version);
+    query.addBindValue(key.page);
+    query.addBindValue(key.size);
+}
+} // namespace
+
 QByteArray OrvexPostgresBackend::cachedImage(const ImageKey &key)
 {
     QString error;
     QSqlDatabase db = threadDatabase(error);
     if (!db.isOpen())
         return {};
+    // The read marks the use in the same round trip; a server that takes no
+    // writes (a standby) still serves the image.
     QSqlQuery image(db);
+    image.prepare(QStringLiteral("UPDATE page_images SET used = clock_timestamp() "
+                                 "WHERE doc_id = ? AND version = ? AND page = ? AND size = ? RETURNING png"));
+    bindImageKey(image, key);
+    if (image.exec())
+        return image.next() ? image.value(0).toByteArray() : QByteArray();
     image.prepare(QStringLiteral("SELECT png FROM page_images WHERE doc_id = ? AND version = ? AND page = ? AND size = ?"));
-    image.addBindValue(key.docId);
-    image.addBindValue(key.version);
-    image.addBindValue(key.page);
-    image.addBindValue(key.size);
+    bindImageKey(image, key);
     return image.exec() && image.next() ? image.value(0).toByteArray() : QByteArray();
 }
 
@@ -706,13 +720,17 @@ void OrvexPostgresBackend::cacheImage(const ImageKey &key, const QByteArray &png
     QSqlQuery image(db);
     image.prepare(QStringLiteral("INSERT INTO page_images(doc_id, version, page, size, png) VALUES (?, ?, ?, ?, ?) "
                                  "ON CONFLICT DO NOTHING"));
-    image.addBindValue(key.docId);
-    image.addBindValue(key.version);
-    image.addBindValue(key.page);
-    image.addBindValue(key.size);
+    bindImageKey(image, key);
     image.addBindValue(png);
-    if (!image.exec())
+    if (!image.exec()) {
         qCDebug(lcServer) << "page image not cached" << image.lastError().text();
+        return;
+    }
+    QSqlQuery trim(db);
+    trim.prepare(QStringLiteral("SELECT orvex_trim_page_images(?)"));
+    trim.addBindValue(imageCacheLimit());
+    if (!trim.exec())
+        qCDebug(lcServer) << "page image cache not trimmed" << trim.lastError().text();
 }
 
 QObject *OrvexPostgresBackend::watch(std::function<void(int)> onChange, QObject *parent)

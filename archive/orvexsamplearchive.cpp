@@ -233,6 +233,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
     }
     const QString localUser = OrvexArchiveStore::operatingSystemUser();
     OrvexArchiveStore::FileChanges files;
+    QList<qlonglong> ids;
     const bool ok = store.write([&](QSqlDatabase &db, QString &stepError) {
         const QString roleSql = QStringLiteral("INSERT INTO roles(id, kind, display_name, password_hash) VALUES (?, ?, ?, ?) ON CONFLICT DO NOTHING");
         const QList<QStringList> groups{
@@ -263,7 +264,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
                     return false;
         }
 
-        QList<qlonglong> ids;
+        ids.clear();
         for (int index = 0; index < DocumentCount; ++index) {
             const SampleDocument d = sample(index);
             qlonglong docId = 0;
@@ -320,5 +321,7 @@ bool OrvexSampleArchive::create(OrvexArchiveStore &store, QString *error)
     }, error);
     if (!ok)
         store.undoFiles(files);
+    else
+        store.renderAhead(ids);
     return ok;
 }

@@ -4,19 +4,24 @@
 #include "orvexstorageerror.h"
 
 #include <QAtomicInteger>
+#include <QDateTime>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-#include <QSaveFile>
+#include <QTemporaryFile>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QThread>
 #include <QTimer>
 #include <QUrl>
 #include <QVariant>
+#include <QVector>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 #include <utility>
@@ -401,7 +406,17 @@ void OrvexSqliteBackend::removeAfterCommit(const QStringList &afterCommit)
 
 void OrvexSqliteBackend::forgetDocument(qlonglong docId)
 {
-    QDir(cachePath() + QStringLiteral("/thumbs/") + QString::number(docId)).removeRecursively();
+    const QString folder = cachePath() + QStringLiteral("/thumbs/") + QString::number(docId);
+    QMutexLocker locker(&m_cacheMutex);
+    QDir(folder).removeRecursively();
+    for (auto it = m_cache.begin(); it != m_cache.end();) {
+        if (it.key().startsWith(folder + QLatin1Char('/'))) {
+            m_cacheBytes -= it->bytes;
+            it = m_cache.erase(it);
+        } else {
+            ++it;
+        }
+    }
 }
 
 std::unique_ptr<QIODevice> OrvexSqliteBackend::openFile(Area area, const QString &name, QString &error)
@@ -448,18 +463,91 @@ QString OrvexSqliteBackend::imagePath(const ImageKey &key) const
 
 QByteArray OrvexSqliteBackend::cachedImage(const ImageKey &key)
 {
-    QFile cached(imagePath(key));
-    return cached.open(QIODevice::ReadOnly) ? cached.readAll() : QByteArray();
+    const QString path = imagePath(key);
+    QFile cached(path);
+    if (!cached.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray png = cached.readAll();
+    cached.close();
+    if (!png.isEmpty())
+        noteUse(path, png.size());
+    return png;
 }
 
 void OrvexSqliteBackend::cacheImage(const ImageKey &key, const QByteArray &png)
 {
     // A cache that cannot be written only costs time.
     const QString path = imagePath(key);
-    if (QDir().mkpath(QFileInfo(path).absolutePath())) {
-        QSaveFile save(path);
-        if (save.open(QIODevice::WriteOnly) && save.write(png) == png.size())
-            save.commit();
+    if (m_readOnly || !QDir().mkpath(QFileInfo(path).absolutePath()))
+        return;
+    // Written beside and renamed into place, so that a reader never sees half
+    // an image; not synced, since a lost cache entry only costs a render.
+    QTemporaryFile partial(path + QStringLiteral(".XXXXXX"));
+    if (!partial.open() || partial.write(png) != png.size() || !partial.flush())
+        return;
+    partial.close();
+    if (::rename(QFile::encodeName(partial.fileName()).constData(), QFile::encodeName(path).constData()) != 0)
+        return;
+    partial.setAutoRemove(false);
+    noteUse(path, png.size());
+    QMutexLocker locker(&m_cacheMutex);
+    trimCache();
+}
+
+void OrvexSqliteBackend::indexCache()
+{
+    if (std::exchange(m_cacheIndexed, true))
+        return;
+    QDirIterator files(cachePath() + QStringLiteral("/thumbs"), {QStringLiteral("*.png")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        const QFileInfo info = files.fileInfo();
+        const qint64 used = info.lastModified().toMSecsSinceEpoch();
+        m_cache.insert(info.filePath(), {info.size(), used});
+        m_cacheBytes += info.size();
+        m_lastUse = qMax(m_lastUse, used);
+    }
+}
+
+qint64 OrvexSqliteBackend::nextUse()
+{
+    // Strictly increasing, so that two uses within one millisecond keep their order.
+    m_lastUse = qMax(m_lastUse + 1, QDateTime::currentMSecsSinceEpoch());
+    return m_lastUse;
+}
+
+void OrvexSqliteBackend::noteUse(const QString &path, qint64 bytes)
+{
+    QMutexLocker locker(&m_cacheMutex);
+    indexCache();
+    const qint64 used = nextUse();
+    CachedImage &entry = m_cache[path];
+    m_cacheBytes += bytes - entry.bytes;
+    entry = {bytes, used};
+    if (m_readOnly)
+        return;
+    // The order of use outlives the process as the files' modification times.
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly))
+        file.setFileTime(QDateTime::fromMSecsSinceEpoch(used), QFileDevice::FileModificationTime);
+}
+
+void OrvexSqliteBackend::trimCache()
+{
+    const qint64 limit = imageCacheLimit();
+    if (m_cacheBytes <= limit)
+        return;
+    QVector<QPair<qint64, QString>> byUse;
+    byUse.reserve(m_cache.size());
+    for (auto it = m_cache.cbegin(); it != m_cache.cend(); ++it)
+        byUse.append({it->used, it.key()});
+    std::sort(byUse.begin(), byUse.end());
+    for (const auto &oldest : qAsConst(byUse)) {
+        if (m_cacheBytes <= limit)
+            break;
+        QFile::remove(oldest.second);
+        m_cacheBytes -= m_cache.take(oldest.second).bytes;
     }
 }
 

@@ -72,6 +72,18 @@ public:
 
 private:
     QString imagePath(const ImageKey &key) const;
+    // The page image cache's files by path: size and last use (ms since the
+    // epoch, also kept as the file's modification time). Read from the folder
+    // on first use; guarded by m_cacheMutex.
+    struct CachedImage
+    {
+        qint64 bytes = 0;
+        qint64 used = 0;
+    };
+    void indexCache();
+    qint64 nextUse();
+    void noteUse(const QString &path, qint64 bytes);
+    void trimCache();
 
     const QString m_folder;
     bool m_readOnly = false;      // set by prepare(), constant afterwards
@@ -87,4 +99,10 @@ private:
         QHash<QString, qlonglong> added;
     };
     QHash<Qt::HANDLE, PendingWrite> m_pendingWrites;
+
+    QMutex m_cacheMutex;
+    bool m_cacheIndexed = false;
+    QHash<QString, CachedImage> m_cache;
+    qint64 m_cacheBytes = 0;
+    qint64 m_lastUse = 0;
 };

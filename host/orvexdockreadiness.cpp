@@ -7,6 +7,8 @@
 #include <QWebEngineView>
 #include <QWindow>
 
+#include <algorithm>
+
 namespace {
 // A round of page queries that has not answered by then is given up and asked again.
 constexpr int staleRoundMs = 5000;
@@ -76,7 +78,11 @@ void OrvexDockReadiness::trackLoading(QWebEngineView *board)
 
 void OrvexDockReadiness::checkBoardsFinishedLoading(const std::function<void(bool, const Pending &)> &done)
 {
-    const QList<QWebEngineView *> views = boards();
+    // Only the boards on screen make the picture: the others get their page
+    // when their tab is shown.
+    QList<QWebEngineView *> views = boards();
+    views.erase(std::remove_if(views.begin(), views.end(), [](QWebEngineView *view) { return !view->isVisible(); }),
+                views.end());
     m_boardCount = views.size();
     auto pending = QSharedPointer<Pending>::create();
     QList<QWebEngineView *> toAsk;

@@ -12,8 +12,8 @@
 class QWebEngineView;
 
 // Tells when the workbench dock shows its final picture: the window and the
-// dock are on screen, every board in the dock has finished loading and every
-// card on a board shows its thumbnail. It
+// dock are on screen, every board shown in the dock has finished loading and
+// every card on it shows its thumbnail. It
 // polls, because boards come and go while the dock fills its tabs, and it
 // wants the answer twice in a row before it believes it.
 class OrvexDockReadiness : public QObject
@@ -44,7 +44,7 @@ private:
         int thumbnails = 0; // thumbnails missing on those boards
         QStringList titles; // the tabs of those boards
     };
-    // Whether every board in the dock has finished loading: its page is set,
+    // Whether every board shown in the dock has finished loading: its page is set,
     // no load is in flight, the page reports that it is complete and each of
     // its cards shows its thumbnail. Answers through done, once, possibly
     // after the event loop ran.

@@ -6,13 +6,21 @@
 #include "orvexlog.h"
 
 #include <QBuffer>
+#include <QFutureInterface>
 #include <QImage>
-#include <QtConcurrent>
+#include <QRunnable>
 
 #include <algorithm>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 namespace {
 const QChar kSep(0xFEFF);
+thread_local bool t_sendingThumbnail = false;
 } // namespace
 
 orvexboardjobs::orvexboardjobs(QObject *parent)
@@ -27,14 +35,50 @@ orvexboardjobs::~orvexboardjobs()
         stop();
 }
 
-bool orvexboardjobs::start(std::function<void()> job)
+namespace {
+// A pool job with a future that stop() can cancel and wait for; a job
+// cancelled before it starts returns at once.
+class BoardJob final : public QRunnable
+{
+public:
+    explicit BoardJob(std::function<void()> job)
+        : m_job(std::move(job))
+    {
+        m_state.reportStarted();
+    }
+    QFuture<void> future() { return m_state.future(); }
+    void run() override
+    {
+        // The board's work gives way to the page and the GUI thread, which
+        // the user watches; a pool thread keeps this for its lifetime.
+        thread_local const bool lowered = [] {
+#ifdef Q_OS_LINUX
+            setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 5);
+#endif
+            return true;
+        }();
+        Q_UNUSED(lowered)
+        if (!m_state.isCanceled())
+            m_job();
+        m_state.reportFinished();
+    }
+
+private:
+    std::function<void()> m_job;
+    QFutureInterface<void> m_state;
+};
+} // namespace
+
+bool orvexboardjobs::start(std::function<void()> job, Priority priority)
 {
     if (m_stopped)
         return false;
     m_futures.erase(std::remove_if(m_futures.begin(), m_futures.end(),
                                    [](const QFuture<void> &future) { return future.isFinished(); }),
                     m_futures.end());
-    m_futures.append(QtConcurrent::run(&m_workPool, std::move(job)));
+    auto *runnable = new BoardJob(std::move(job));
+    m_futures.append(runnable->future());
+    m_workPool.start(runnable, priority);
     return true;
 }
 
@@ -159,5 +203,12 @@ void orvexboardjobs::sendThumbnail(const QString &cardId, const QString &script,
     buffer.open(QIODevice::WriteOnly);
     pix.save(&buffer, "PNG");
     buffer.close();
+    t_sendingThumbnail = true;
     emit javascript(script + orvexcardscripts::thumbnailImage(cardId, bytes));
+    t_sendingThumbnail = false;
+}
+
+bool orvexboardjobs::isSendingThumbnail()
+{
+    return t_sendingThumbnail;
 }

@@ -32,8 +32,15 @@ public:
     explicit orvexboardjobs(QObject *parent = nullptr);
     ~orvexboardjobs() override;
 
+    // How soon a job runs: among the jobs waiting, those of a higher priority
+    // start first, and jobs of one priority in the order they came.
+    enum Priority {
+        Background = 0, // card info, updates, the first pages of the cards
+        Finish = 1,     // the last step of an image already fetched
+        User = 2        // what the user asked for just now (a page step)
+    };
     // Runs job on the pool and keeps its future; false once stopped.
-    bool start(std::function<void()> job);
+    bool start(std::function<void()> job, Priority priority = Background);
     // Safe to call more than once.
     void stop();
     bool isStopped() const;
@@ -54,6 +61,10 @@ public:
                         const QString &docId, const QString &page, const QPixmap &placeholder);
     // Sends the image to the page as PNG, after the script that prepares the card.
     void sendThumbnail(const QString &cardId, const QString &script, const QPixmap &pix);
+    // Whether the calling thread is sending an image's script just now: such
+    // a script touches only its own card and may reach the page together
+    // with others of its kind.
+    static bool isSendingThumbnail();
 
 signals:
     void cardData(QString id, QStringList data);

@@ -22,13 +22,22 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QProgressDialog>
+#include <QThread>
 #include <QUuid>
+#include <QVector>
 #include <QWebChannel>
 #include <QWebEnginePage>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
 const QChar kSep(0xFEFF);
+// How long the cards' first images gather before they go to the page.
+const int kImageBatchMs = 200;
+// Set on a pool thread while it sends the image of a page the user turned to.
+thread_local bool t_urgentImage = false;
 const QString kDragMarker = QStringLiteral("x-application-orvex");
 
 // Page labels: the English text is the key, the element id is derived from it.
@@ -99,7 +108,16 @@ orvexwbwebview::orvexwbwebview(QWidget *parent)
             Qt::DirectConnection);
     connect(m_jobs, &orvexboardjobs::javascript, this, &orvexwbwebview::javascript, Qt::DirectConnection);
 
-    connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript);
+    // Called on the emitting thread: doJavascript() hands the scripts of the
+    // pool threads to the GUI thread, the cards' images in batches.
+    connect(this, &orvexwbwebview::javascript, this, &orvexwbwebview::doJavascript, Qt::DirectConnection);
+    m_flushTimer.setSingleShot(true);
+    m_flushTimer.setInterval(kImageBatchMs);
+    connect(&m_flushTimer, &QTimer::timeout, this, &orvexwbwebview::flushScripts);
+    // Scripts sent before the page is there wait for it: a board may learn its
+    // cards while its page still loads.
+    connect(this, &QWebEngineView::loadStarted, this, [this] { m_pageReady = false; });
+    connect(this, &QWebEngineView::loadFinished, this, &orvexwbwebview::pageLoaded);
     // appendCard has default arguments; the three-argument form is picked by signature.
     connect(this, SIGNAL(doAddCard(QString,QString,QString)), this,
             SLOT(appendCard(QString,QString,QString)), Qt::QueuedConnection);
@@ -236,7 +254,70 @@ void orvexwbwebview::doJavascript(QString jscript)
 {
     if (isStopped())
         return;
-    page()->runJavaScript(jscript);
+    if (QThread::currentThread() == thread()) {
+        runScript(jscript);
+        return;
+    }
+    if (!orvexboardjobs::isSendingThumbnail()) {
+        // In its place among the other signals the job sends.
+        QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
+        return;
+    }
+    // The cards' images reach the page together, a batch at most every
+    // kImageBatchMs, so that it lays out and paints once for many of them;
+    // a page the user turned to goes at once, with what waits.
+    const bool urgent = t_urgentImage;
+    QMutexLocker locker(&m_scriptsMutex);
+    m_pendingScripts << jscript;
+    if (!std::exchange(m_flushQueued, true) || urgent)
+        QMetaObject::invokeMethod(this, [this, urgent] {
+            if (urgent)
+                flushScripts();
+            else if (!m_flushTimer.isActive())
+                m_flushTimer.start();
+        }, Qt::QueuedConnection);
+}
+
+void orvexwbwebview::flushScripts()
+{
+    m_flushTimer.stop();
+    QStringList scripts;
+    {
+        QMutexLocker locker(&m_scriptsMutex);
+        scripts = std::exchange(m_pendingScripts, {});
+        m_flushQueued = false;
+    }
+    if (isStopped() || scripts.isEmpty())
+        return;
+    if (scripts.size() == 1) {
+        runScript(scripts.first());
+        return;
+    }
+    int length = 0;
+    for (const QString &script : qAsConst(scripts))
+        length += script.size() + 24;
+    QString batch;
+    batch.reserve(length);
+    for (const QString &script : qAsConst(scripts))
+        batch += QStringLiteral("try{") + script + QStringLiteral("\n}catch(e){}");
+    batch += QStringLiteral("null;");
+    runScript(batch);
+}
+
+void orvexwbwebview::runScript(const QString &script)
+{
+    if (m_pageReady)
+        page()->runJavaScript(script);
+    else
+        m_waitingForPage << script;
+}
+
+void orvexwbwebview::pageLoaded()
+{
+    m_pageReady = true;
+    const QStringList scripts = std::exchange(m_waitingForPage, {});
+    for (const QString &script : scripts)
+        page()->runJavaScript(script);
 }
 
 QString orvexwbwebview::getTranslation(QString label)
@@ -580,9 +661,10 @@ void orvexwbwebview::removeCard(QString id, bool doServer)
 void orvexwbwebview::dropCard(const QString &id)
 {
     m_cards.remove(id);
-    page()->runJavaScript(orvexcardscripts::maxPageQuery(id));
+    m_pictured.remove(id);
+    runScript(orvexcardscripts::maxPageQuery(id));
     orvexDebug() << "REMOVE CARD!";
-    page()->runJavaScript(orvexcardscripts::removeCard(id));
+    runScript(orvexcardscripts::removeCard(id));
     orvexDebug() << "CARDIDS: " << m_cards.size();
     emit javascript(countLine());
 }
@@ -716,11 +798,24 @@ void orvexwbwebview::reloadCards()
         QProgressDialog progress(tr("Loading clipboard..."), QString(), 0, entries.size(), this);
         progress.setWindowModality(Qt::WindowModal);
         progress.setMinimumDuration(3000);
+        // The cards are taken in the server's order (the first 200), and their
+        // scripts put in the order the page shows them, the newest entry
+        // first, so that the cards on screen ask for their images first.
+        QVector<QPair<qlonglong, QString>> cards;
+        cards.reserve(entries.size());
         for (int i = 0; i < entries.size(); ++i) {
             const QStringList parts = entries.at(i).split(kSep);
-            script += appendCard(parts.value(0), parts.value(1), comments.value(i), false);
+            const QString card = appendCard(parts.value(0), parts.value(1), comments.value(i), false);
+            if (!card.isEmpty())
+                cards.append({parts.value(1).toLongLong(), card});
             progress.setValue(i);
         }
+        std::stable_sort(cards.begin(), cards.end(),
+                         [](const QPair<qlonglong, QString> &a, const QPair<qlonglong, QString> &b) {
+                             return a.first > b.first;
+                         });
+        for (const auto &card : qAsConst(cards))
+            script += card.second;
     }
     emit javascript(script);
     sortCards();
@@ -848,10 +943,14 @@ QString orvexwbwebview::getCardPixmap(QString cardid, QString docid, QString cur
         orvexWarning() << "CARD PIXMAP REFUSED" << cardid << docid << curpage;
         return QString();
     }
+    // A card's first image waits its turn; a page the user turns to goes first.
+    const auto priority = curpage != QLatin1String("0") || m_pictured.contains(cardid)
+                              ? orvexboardjobs::User
+                              : orvexboardjobs::Background;
     if (m_archiveClient)
         m_jobs->start([this, cardid, docid, curpage] {
             m_jobs->fetchThumbnail(m_archiveClient, cardid, docid, curpage, m_placeholder);
-        });
+        }, priority);
     emit javascript(orvexcardscripts::thumbnailLoading(cardid));
     return QString();
 }
@@ -864,7 +963,15 @@ void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpag
     if (isStopped() || !isId(cardid))
         return;
     const QString script = orvexcardscripts::thumbnailPages(cardid, orvexcardscripts::pageCount(pageCount));
-    m_jobs->start([this, cardid, script, pix] { setPix(cardid, script, pix); });
+    // Once fetched, an image is finished before the next one is fetched.
+    const bool urgent = m_pictured.contains(cardid);
+    if (m_cards.contains(cardid))
+        m_pictured.insert(cardid);
+    m_jobs->start([this, cardid, script, pix, urgent] {
+        t_urgentImage = urgent;
+        setPix(cardid, script, pix);
+        t_urgentImage = false;
+    }, urgent ? orvexboardjobs::User : orvexboardjobs::Finish);
 }
 
 void orvexwbwebview::setPix(QString cardid, QString javascript, QPixmap pix)

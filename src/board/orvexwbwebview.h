@@ -9,6 +9,7 @@
 #include <QMutex>
 #include <QPixmap>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -160,6 +161,12 @@ protected:
 
 private:
     QString countLine() const;
+    // Runs the images' scripts the pool threads sent meanwhile in one go, each
+    // in a block of its own so that one that fails does not stop the next.
+    void flushScripts();
+    // Runs a script in the page, or keeps it until the page has loaded.
+    void runScript(const QString &script);
+    void pageLoaded();
     void runCardDrag(const QString &cardId);
     QString noteOf(const QString &cardId) const;
     // Takes the card off the page and out of the cards hash.
@@ -197,4 +204,11 @@ private:
     QPointer<QMimeData> m_refusedDrag; // the drag last told why it cannot be dropped here
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
+    QMutex m_scriptsMutex; // guards the two below, filled by pool threads
+    QStringList m_pendingScripts;
+    bool m_flushQueued = false;
+    QTimer m_flushTimer; // sends the images gathered meanwhile
+    QSet<QString> m_pictured; // cards whose first image has come
+    bool m_pageReady = false;
+    QStringList m_waitingForPage;
 };

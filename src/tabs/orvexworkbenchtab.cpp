@@ -23,6 +23,7 @@
 #include <QUrl>
 #include <QWebEngineSettings>
 
+
 namespace {
 const QChar kFieldSeparator(0xFEFF);
 const int kRecreateDelay = 100;
@@ -167,8 +168,17 @@ void orvexworkbenchtab::stop()
 
 void orvexworkbenchtab::reloadCards()
 {
-    if (orvexwbwebview *board = boardAt(currentIndex()))
-        board->reloadCards();
+    orvexwbwebview *board = boardAt(currentIndex());
+    if (!board)
+        return;
+    // A board shown for the first time gets its page now. It learns its cards
+    // at once (a drop onto it is judged by them); its scripts wait for the page.
+    if (m_unloaded.removeAll(board) > 0) {
+        board->load(QUrl(QString::fromLatin1(kBoardPage)));
+        board->updateTranslations();
+        board->updateWriteable();
+    }
+    board->reloadCards();
 }
 
 void orvexworkbenchtab::focusTab()
@@ -341,6 +351,7 @@ void orvexworkbenchtab::disposeBoard(orvexwbwebview *board)
 {
     if (!board)
         return;
+    m_unloaded.removeAll(board);
     // A board resets the archive client's connection when it goes, which is
     // meant for the end of the workbench, not for one removed clipboard.
     board->stop();
@@ -424,32 +435,11 @@ void orvexworkbenchtab::addNewClipboard(QString uuid, QString name, bool focus, 
 
     board->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, true);
 
-    // Scripts may only reach the page once it has loaded, so wait for it here.
-    m_loaded = false;
-    connect(board, &QWebEngineView::loadFinished, this, &orvexworkbenchtab::setLoaded);
-    {
-        QPointer<orvexworkbenchtab> self(this);
-        QPointer<orvexwbwebview> guard(board);
-        QEventLoop loop;
-        QTimer timeout;
-        timeout.setSingleShot(true);
-        connect(board, &QWebEngineView::loadFinished, &loop, &QEventLoop::quit);
-        connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
-        // The board goes with the tab set, and whoever deletes either ends the
-        // wait at once rather than when the timeout runs out.
-        connect(board, &QObject::destroyed, &loop, &QEventLoop::quit);
-        enterBusy();
-        board->load(QUrl(QString::fromLatin1(kBoardPage)));
-        timeout.start(kPageLoadTimeout);
-        loop.exec();
-        if (!self)
-            return; // the tab set went away meanwhile, and the board with it
-        leaveBusy();
-        if (!guard || m_destroying)
-            return;
-        if (!timeout.isActive())
-            orvexWarning() << "ADD CLIPBOARD page load timed out" << uuid;
-    }
+    // A clipboard that is not shown now gets its page when it is (reloadCards()),
+    // so that the one shown loads and fills without sharing the machine.
+    const bool deferred = !focus && count() > 0 && !uuid.isEmpty();
+    if (!deferred && !waitForPage(board, uuid))
+        return; // the tab set or the board went away meanwhile
     disconnect(board, &QWebEngineView::loadFinished, this, &orvexworkbenchtab::setLoaded);
 
     if (!name.isEmpty() || !uuid.isEmpty()) {
@@ -470,12 +460,45 @@ void orvexworkbenchtab::addNewClipboard(QString uuid, QString name, bool focus, 
     if (focus)
         showTab(index);
 
-    orvexDebug() << "UPDATE TRANSLATIONS";
-    board->updateTranslations();
+    if (!deferred) {
+        orvexDebug() << "UPDATE TRANSLATIONS";
+        board->updateTranslations();
+    }
     board->setWriteable(writeable);
     decorateTab(index);
     if (m_chooser)
         m_chooser->addClipboard(name, board);
+    if (deferred)
+        m_unloaded.append(board);
+}
+
+bool orvexworkbenchtab::waitForPage(orvexwbwebview *board, const QString &uuid)
+{
+    // Scripts may only reach the page once it has loaded, so wait for it here.
+    m_loaded = false;
+    connect(board, &QWebEngineView::loadFinished, this, &orvexworkbenchtab::setLoaded);
+    QPointer<orvexworkbenchtab> self(this);
+    QPointer<orvexwbwebview> guard(board);
+    QEventLoop loop;
+    QTimer timeout;
+    timeout.setSingleShot(true);
+    connect(board, &QWebEngineView::loadFinished, &loop, &QEventLoop::quit);
+    connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
+    // The board goes with the tab set, and whoever deletes either ends the
+    // wait at once rather than when the timeout runs out.
+    connect(board, &QObject::destroyed, &loop, &QEventLoop::quit);
+    enterBusy();
+    board->load(QUrl(QString::fromLatin1(kBoardPage)));
+    timeout.start(kPageLoadTimeout);
+    loop.exec();
+    if (!self)
+        return false; // the tab set went away meanwhile, and the board with it
+    leaveBusy();
+    if (!guard || m_destroying)
+        return false;
+    if (!timeout.isActive())
+        orvexWarning() << "ADD CLIPBOARD page load timed out" << uuid;
+    return true;
 }
 
 void orvexworkbenchtab::removeClipboard(int index)

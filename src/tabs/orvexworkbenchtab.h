@@ -109,6 +109,9 @@ private:
     void limitNewTabTitle(const QString &text);
     void connectTabBar();
     void disconnectTabBar();
+    // Loads the board's page in a nested event loop; false when the tab set or
+    // the board went away meanwhile (then nothing of the tab set may be touched).
+    bool waitForPage(orvexwbwebview *board, const QString &uuid);
 
     orvexclipboardchooser *m_chooser = nullptr;
     kelArchiveClientInterface *m_archiveClient = nullptr;
@@ -129,4 +132,5 @@ private:
     int m_busy = 0;
     bool m_reloadPending = false;
     bool m_destroying = false;
+    QList<orvexwbwebview *> m_unloaded; // boards of tabs not shown yet, without their page
 };

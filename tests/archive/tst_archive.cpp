@@ -143,6 +143,9 @@ private slots:
     void thumbnails();
     void thumbnailOfUnreadableDocument();
     void thumbnailCache();
+    void firstPagesRenderedAhead_data();
+    void firstPagesRenderedAhead();
+    void imageCacheBoundedLeastRecentlyUsedOut();
     void upload_data();
     void upload();
     void readOnlyDataFolder();
@@ -181,6 +184,9 @@ private:
     OrvexArchiveClient *client() { return static_cast<OrvexArchiveClient *>(archive().archiveClient()); }
     OrvexArchiveDocument document(int index) { return archive().documents().at(index); }
     QString samplePdf(int index, int version, const QString &extraPage = {});
+    // The sizes of the page images cached for a document's first page.
+    QList<int> cachedSizes(qlonglong docId);
+    QSharedPointer<OrvexArchiveStore> sharedStore();
 
     QTemporaryDir m_dir;
     QTemporaryDir m_scratch;
@@ -1067,6 +1073,102 @@ void tst_Archive::thumbnailCache()
     QCOMPARE(client()->getDocumentThumbnail(int(doc.id), 0, 222, pageCount, format, 0, 0, -1), marked);
 }
 
+QList<int> tst_Archive::cachedSizes(qlonglong docId)
+{
+    QList<int> sizes;
+    if (onServer()) {
+        for (const QString &size : m_pg->rows(QStringLiteral("archive"),
+                                             QStringLiteral("SELECT size FROM page_images WHERE doc_id = ? AND page = 0"),
+                                             {docId}))
+            sizes << size.toInt();
+    } else {
+        const QRegularExpression name(QStringLiteral("^v\\d+-p0-s(\\d+)\\.png$"));
+        for (const QString &file : QDir(archive().folder() + QStringLiteral("/cache/thumbs/%1").arg(docId)).entryList(QDir::Files))
+            if (const QRegularExpressionMatch match = name.match(file); match.hasMatch())
+                sizes << match.captured(1).toInt();
+    }
+    std::sort(sizes.begin(), sizes.end());
+    return sizes;
+}
+
+QSharedPointer<OrvexArchiveStore> tst_Archive::sharedStore()
+{
+    QString error;
+    const QSharedPointer<OrvexArchiveStore> store = OrvexArchiveStore::shared(localUsersLocation(), false, &error);
+    if (!store)
+        qWarning("%s", qPrintable(error));
+    return store;
+}
+
+void tst_Archive::firstPagesRenderedAhead_data()
+{
+    QTest::addColumn<bool>("upload");
+    QTest::newRow("imported") << false;
+    QTest::newRow("uploaded") << true;
+}
+
+void tst_Archive::firstPagesRenderedAhead()
+{
+    QFETCH(bool, upload);
+    const QString path = samplePdf(3, 1, QStringLiteral("rendered ahead %1").arg(upload));
+    qlonglong docId = 0;
+    if (upload) {
+        QString uploadId;
+        QVERIFY2(client()->sendFile(path, uploadId), qPrintable(client()->getLastError()));
+        QVERIFY2(client()->commitUpload(uploadId), qPrintable(client()->getLastError()));
+        docId = client()->getLastArchivedDocId();
+    } else {
+        docId = archive().importFile(path);
+    }
+    QVERIFY2(docId > 0, qPrintable(archive().lastError()));
+    const QSharedPointer<OrvexArchiveStore> store = sharedStore();
+    QVERIFY(store);
+    QVERIFY(store->waitForRenderAhead(30000));
+    // The first page at the size of a card, and nothing else.
+    QCOMPARE(cachedSizes(docId), QList<int>{800});
+    int pageCount = 0;
+    QString format;
+    const QByteArray page = client()->getDocumentThumbnail(int(docId), 0, 800, pageCount, format, 0, 0, -1);
+    QCOMPARE(QImage::fromData(page).height(), 800);
+}
+
+void tst_Archive::imageCacheBoundedLeastRecentlyUsedOut()
+{
+    const OrvexArchiveDocument doc = document(7);
+    const QSharedPointer<OrvexArchiveStore> store = sharedStore();
+    QVERIFY(store);
+    QVERIFY(store->waitForRenderAhead(30000));
+    OrvexArchiveBackend &backend = store->backend();
+    const auto fetch = [&](int size) {
+        int pageCount = 0;
+        QString format;
+        return client()->getDocumentThumbnail(int(doc.id), 0, size, pageCount, format, 0, 0, -1).size();
+    };
+    const int a = fetch(200);
+    const int b = fetch(201);
+    const int c = fetch(202);
+    QVERIFY(a > 0 && b > 0 && c > 0);
+    QVERIFY(fetch(200) == a); // a hit: now the most recently used
+    // Room for three: everything older than the three goes, then the least
+    // recently used of them.
+    backend.setImageCacheLimit(a + b + c);
+    const int d = fetch(60);
+    QVERIFY(d > 0 && d < b);
+    QCOMPARE(cachedSizes(doc.id), (QList<int>{60, 200, 202}));
+
+    // The order of use outlives the process: another store on the same
+    // archive drops the least recently used first.
+    OrvexArchiveStore other;
+    QString error;
+    QVERIFY2(other.open(OrvexArchiveLocation::parse(localUsersLocation()), false, &error), qPrintable(error));
+    const QByteArray e(a, 'e');
+    other.backend().setImageCacheLimit(a + d + e.size());
+    other.backend().cacheImage({doc.id, 1, 0, 99}, e);
+    backend.setImageCacheLimit(OrvexArchiveBackend::DefaultImageCacheLimit);
+    QCOMPARE(cachedSizes(doc.id), (QList<int>{60, 99, 200}));
+    QCOMPARE(other.backend().cachedImage({doc.id, 1, 0, 99}), e);
+}
+
 void tst_Archive::upload_data()
 {
     QTest::addColumn<QString>("path");
@@ -1239,7 +1341,7 @@ void tst_Archive::deleteAsAdministrator()
 void tst_Archive::sampleArchive()
 {
     const QStringList before = snapshot();
-    QCOMPARE(before.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))), (QStringList{"schema_version|1", "schema_version|2", "schema_version|3"}));
+    QCOMPARE(before.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))), (QStringList{"schema_version|1", "schema_version|2", "schema_version|3", "schema_version|4"}));
     OrvexArchive reopened;
     QVERIFY(reopened.open(localUsersLocation()));
     QVERIFY(reopened.open(localUsersLocation())); // opening again on the same object
@@ -1326,7 +1428,7 @@ void tst_Archive::olderArchiveIsUpgraded()
     QVERIFY2(archive.open(folder, false), qPrintable(archive.lastError()));
     const QStringList rows = archiveSnapshot(folder);
     QCOMPARE(rows.filter(QRegularExpression(QStringLiteral("^schema_version\\|"))),
-             (QStringList{"schema_version|1", "schema_version|2", "schema_version|3"}));
+             (QStringList{"schema_version|1", "schema_version|2", "schema_version|3", "schema_version|4"}));
     QVERIFY(rows.contains(QStringLiteral("clipboards|c1|Alt|jemand|")));
     // Its changes are counted from now on, so other processes hear of them.
     OrvexArchiveStore elsewhere;

@@ -23,7 +23,9 @@
 #include <QTranslator>
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -800,6 +802,38 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!imageOf(board, "600").isNull(), kTimeout);
         QCOMPARE(imageOf(board, "600").size(), QSize(150, 150));
         QVERIFY(!has(board, "#btn-next-600", "disabled"));
+    }
+
+    // The cards on screen (the newest entries, at the top) get their images
+    // first, and a page the user turns to goes before the first pages still waiting.
+    void imagesComeTopDownAndPageStepsFirst()
+    {
+        addCards(12, 3);
+        m_archive->log().setStalled("getDocumentThumbnail");
+        orvexwbwebview *board = createBoard();
+        waitForCards(board, 12, false);
+        const int threads = qMin(QThread::idealThreadCount(), 12);
+        QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), threads, kTimeout);
+        QVERIFY(board->getCardPixmap("500", "100", "1").isEmpty()); // the bottom card, next page
+        m_archive->log().setStalled("getDocumentThumbnail", false);
+        m_archive->log().release("getDocumentThumbnail");
+        QTRY_COMPARE_WITH_TIMEOUT(m_archive->log().count("getDocumentThumbnail"), 13, kTimeout);
+
+        QList<int> firstPages;
+        int pageStep = -1;
+        const QList<CallLog::Call> calls = m_archive->log().callsOf("getDocumentThumbnail");
+        for (int i = 0; i < calls.size(); ++i) {
+            if (calls.at(i).args.value(1).toInt() == 1)
+                pageStep = i;
+            else
+                firstPages << calls.at(i).args.value(0).toInt();
+        }
+        QList<int> newest = firstPages.mid(0, threads);
+        std::sort(newest.begin(), newest.end(), std::greater<int>());
+        QCOMPARE(newest.first(), 111);
+        QCOMPARE(newest.last(), 111 - threads + 1);
+        QVERIFY2(pageStep >= threads && pageStep < 2 * threads, qPrintable(QString::number(pageStep)));
+        QTRY_COMPARE_WITH_TIMEOUT(js(board, "$('#overview img[src^=\"data:\"]').length").toInt(), 12, kTimeout);
     }
 
     void stopCancelsQueuedFetches()

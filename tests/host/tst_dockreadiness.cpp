@@ -26,6 +26,7 @@ private slots:
     void cleanup();
 
     void waitsForCardThumbnails();
+    void tabsNotShownDoNotCount();
     void screenshot();
 
 private:
@@ -93,6 +94,19 @@ void tst_DockReadiness::waitsForCardThumbnails()
     QCOMPARE(ready.count(), 0);
     board->page()->runJavaScript(QStringLiteral("document.getElementById('img-8').src = '%1';").arg(thumbnail));
     QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, 15000);
+}
+
+void tst_DockReadiness::tabsNotShownDoNotCount()
+{
+    // A tab not shown yet has no page: its board gets one when it is shown.
+    addBoard(redPage);
+    QWebEngineView *hidden = addBoard();
+    m_window->show();
+    OrvexDockReadiness readiness(m_window, m_dock);
+    QSignalSpy ready(&readiness, &OrvexDockReadiness::ready);
+    readiness.start(50);
+    QTRY_COMPARE_WITH_TIMEOUT(ready.count(), 1, 15000);
+    QVERIFY(hidden->url().isEmpty());
 }
 
 void tst_DockReadiness::screenshot()

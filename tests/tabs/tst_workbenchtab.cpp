@@ -1,6 +1,7 @@
 // The clipboard tab set with real card boards against the recording clients:
 // the diff with the server list, creating, numbering, renaming, filtering and
 // removing clipboards, a refresh during a page load and the shutdown.
+#include "boardpage.h"
 #include "germancatalogue.h"
 #include "modalanswerer.h"
 #include "orvexclipboardchooser.h"
@@ -52,6 +53,33 @@ private slots:
         delete m_window;
         delete m_classify;
         delete m_archive;
+    }
+
+    // A dock of several clipboards: only the tab shown gets its page and cards
+    // at the start; another gets them when it is shown, its cards known at once.
+    void hiddenBoardsFillWhenShown()
+    {
+        QStringList clips;
+        for (int c = 0; c < 3; ++c) {
+            clips << m_classify->addClipboard(QString("Clipboard %1").arg(c + 1), true);
+            for (int i = 0; i < 3; ++i)
+                m_classify->addEntry(clips.last(), QString::number(100 + c * 10 + i), QString::number(1000 + c * 10 + i));
+        }
+        start();
+        QCOMPARE(m_tabs->count(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(m_tabs->boardAt(0)->cardCount(), 3, kLong);
+        QTRY_COMPARE_WITH_TIMEOUT(BoardPage::run(m_tabs->boardAt(0), "$('#overview section').length").toInt(), 3, kLong);
+        for (int i = 1; i < 3; ++i) {
+            QVERIFY(m_tabs->boardAt(i)->url().isEmpty());
+            QCOMPARE(m_tabs->boardAt(i)->cardCount(), 0);
+        }
+        m_tabs->setCurrentIndex(2);
+        QCOMPARE(m_tabs->boardAt(2)->cardCount(), 3); // a drop is judged by them at once
+        QCOMPARE(m_tabs->boardAt(2)->getId(), clips.at(2));
+        // The cards reach the page once it is there, with its labels.
+        QTRY_COMPARE_WITH_TIMEOUT(BoardPage::run(m_tabs->boardAt(2), "$('#overview section').length").toInt(), 3, kLong);
+        QCOMPARE(BoardPage::run(m_tabs->boardAt(2), "$('#trans-Search').text()").toString(), QString("Search..."));
+        QVERIFY(m_tabs->boardAt(1)->url().isEmpty());
     }
 
     void serverListDiff()
