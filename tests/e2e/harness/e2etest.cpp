@@ -202,10 +202,13 @@ bool E2eTest::showTab(const QString &title)
             return false;
     }
     // A second click soon after the first would be a double click, which renames.
-    if (isCurrentTab(title))
-        return true;
-    input().click(target.center());
-    return waitFor([&] { return isCurrentTab(title); }, 10000);
+    if (!isCurrentTab(title)) {
+        input().click(target.center());
+        if (!waitFor([&] { return isCurrentTab(title); }, 10000))
+            return false;
+    }
+    // A tab's page is loaded when the tab is first shown.
+    return waitFor([&] { return currentBoard().isValid(); }, 30000);
 }
 
 bool E2eTest::revealTab(const QString &title)
