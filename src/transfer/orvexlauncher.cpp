@@ -3,8 +3,16 @@
 #include "orvexlog.h"
 
 #include <QFileInfo>
+#include <QMutex>
 #include <QProcess>
+#include <QSet>
 #include <QStandardPaths>
+
+namespace {
+// The processes of programs that run on after their launcher, until they end.
+QMutex g_runningOnMutex;
+QSet<QProcess *> g_runningOn;
+} // namespace
 
 const char *const OrvexLauncher::OpenProgram = "xdg-open";
 const char *const OrvexLauncher::MailProgram = "xdg-email";
@@ -143,5 +151,19 @@ void OrvexLauncher::release()
         return;
     }
     // Deleting a QProcess ends its program: it goes once the program has.
+    {
+        QMutexLocker locker(&g_runningOnMutex);
+        g_runningOn.insert(process);
+    }
+    connect(process, &QObject::destroyed, [process] {
+        QMutexLocker locker(&g_runningOnMutex);
+        g_runningOn.remove(process);
+    });
     connect(process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), process, &QObject::deleteLater);
+}
+
+int OrvexLauncher::programsRunningOn()
+{
+    QMutexLocker locker(&g_runningOnMutex);
+    return g_runningOn.size();
 }

@@ -41,6 +41,10 @@ public:
     // Starts program (a name looked up in PATH, or a path) with arguments.
     void start(const QString &program, const QStringList &arguments);
 
+    // Programs left running by launchers that have gone; each is counted
+    // until it ends and its process object is deleted.
+    static int programsRunningOn();
+
     bool isFinished() const { return m_finished; }
     bool succeeded() const { return m_finished && m_error.isEmpty(); }
     // Why it failed, in the user's words, naming what is missing; empty on success.

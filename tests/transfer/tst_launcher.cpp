@@ -113,7 +113,10 @@ private slots:
             QVERIFY(spy.wait(5000));
             QCOMPARE(spy.at(0).at(0).toBool(), true);
         }
+        QCOMPARE(OrvexLauncher::programsRunningOn(), 1);
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(done), 10000);
+        // Once the viewer ends, nothing of it is left behind.
+        QTRY_COMPARE_WITH_TIMEOUT(OrvexLauncher::programsRunningOn(), 0, 10000);
     }
 };
 
