@@ -32,18 +32,18 @@ OrvexByteRanges::Outcome OrvexByteRanges::parse(const QByteArray &header, qint64
         return Whole; // a unit this server does not know is ignored
 
     QList<OrvexByteRange> asked;
-    int specs = 0;
+    int rangeCount = 0;
     for (const QByteArray &piece : trimmed.mid(equals + 1).split(',')) {
-        const QByteArray spec = piece.trimmed();
-        if (spec.isEmpty())
+        const QByteArray rangeText = piece.trimmed();
+        if (rangeText.isEmpty())
             continue;
-        if (++specs > MaxRanges)
+        if (++rangeCount > MaxRanges)
             return Unsatisfiable;
-        const int dash = spec.indexOf('-');
+        const int dash = rangeText.indexOf('-');
         if (dash < 0)
             return Unsatisfiable;
-        const QByteArray firstText = spec.left(dash);
-        const QByteArray lastText = spec.mid(dash + 1);
+        const QByteArray firstText = rangeText.left(dash);
+        const QByteArray lastText = rangeText.mid(dash + 1);
         OrvexByteRange range;
         if (firstText.isEmpty()) {
             // "-n": the last n bytes.
