@@ -84,6 +84,15 @@ bool makeDatabase(const QString &path, const QStringList &statements)
     return ok;
 }
 
+// A page image as a card asks for it (option 9 and version 1: as the duplicate check does).
+QByteArray thumbnail(kelArchiveClientInterface *client, qlonglong docId, int page, int size, int *pageCount = nullptr,
+                     int option1 = 0, int version = -1)
+{
+    int pages = -1;
+    QString format;
+    return client->getDocumentThumbnail(int(docId), page, size, pageCount ? *pageCount : pages, format, option1, 0, version);
+}
+
 // A client call that must be refused; true when it wrongly went through.
 using ClientCall = std::function<bool(OrvexArchiveClient *)>;
 
@@ -696,11 +705,8 @@ private slots:
         const QString pdf = samplePdf(95, 1);
 
         QTest::newRow("export, not connected") << false << exportOf(id, 0) << "Not connected";
-        QTest::newRow("thumbnail, not connected") << false << ClientCall([=](OrvexArchiveClient *c) {
-            int pages = -1;
-            QString format;
-            return !c->getDocumentThumbnail(id, 0, 800, pages, format, 0, 0, -1).isEmpty();
-        }) << "Not connected";
+        QTest::newRow("thumbnail, not connected") << false
+            << ClientCall([=](OrvexArchiveClient *c) { return !thumbnail(c, id, 0, 800).isEmpty(); }) << "Not connected";
         QTest::newRow("log in before opening") << false
             << ClientCall([this](OrvexArchiveClient *c) { return c->logIn(m_values.login1, m_values.login2, m_values.login3); }) << "open connection";
         QTest::newRow("export of an unknown document") << true << exportOf(999999, 0) << "Unknown document";
@@ -877,8 +883,7 @@ private slots:
         if (page == -99)
             page = doc.pages - 1;
         int pageCount = -1;
-        QString format;
-        const QByteArray bytes = client()->getDocumentThumbnail(int(doc.id), page, size, pageCount, format, 0, 0, version);
+        const QByteArray bytes = thumbnail(client(), doc.id, page, size, &pageCount, 0, version);
         QCOMPARE(!bytes.isEmpty(), image);
         if (!image) {
             QVERIFY(!client()->getLastError().isEmpty());
@@ -895,12 +900,11 @@ private slots:
     {
         const OrvexArchiveDocument hidden = document(4);
         int pageCount = -1;
-        QString format;
         // A card gets nothing and falls back to its own placeholder ...
-        QVERIFY(client()->getDocumentThumbnail(int(hidden.id), 0, 800, pageCount, format, 0, 0, -1).isEmpty());
+        QVERIFY(thumbnail(client(), hidden.id, 0, 800, &pageCount).isEmpty());
         QCOMPARE(pageCount, 1);
         // ... the duplicate check gets the archive's not-authorised image.
-        const QByteArray placeholder = client()->getDocumentThumbnail(int(hidden.id), 0, 1024, pageCount, format, 9, 0, 1);
+        const QByteArray placeholder = thumbnail(client(), hidden.id, 0, 1024, &pageCount, 9, 1);
         QCOMPARE(placeholder, OrvexArchiveClient::notAuthorisedImage());
         // The duplicates dialog recognises the placeholder by this fingerprint; it must never change.
         QCOMPARE(OrvexArchiveClient::notAuthorisedImageMd5(), QStringLiteral("91664c2266d48a8aec4e70c1e2e645c5"));
@@ -908,7 +912,7 @@ private slots:
         archive().setUser(QStringLiteral("mmueller"));
         OrvexConnectionValues values = archive().connectionValues();
         QVERIFY(connectClient(client(), values));
-        const QByteArray page = client()->getDocumentThumbnail(int(hidden.id), 0, 1024, pageCount, format, 9, 0, 1);
+        const QByteArray page = thumbnail(client(), hidden.id, 0, 1024, &pageCount, 9, 1);
         archive().setUser(m_values.login1);
         QVERIFY(!page.isEmpty());
         QVERIFY(page != placeholder);
@@ -918,9 +922,7 @@ private slots:
     void thumbnailCache()
     {
         const OrvexArchiveDocument doc = document(6);
-        int pageCount = 0;
-        QString format;
-        const QByteArray first = client()->getDocumentThumbnail(int(doc.id), 0, 222, pageCount, format, 0, 0, -1);
+        const QByteArray first = thumbnail(client(), doc.id, 0, 222);
         QVERIFY(!first.isEmpty());
         // The cache: a file in the folder, a row on the server.
         const QString cached = archive().folder() + QStringLiteral("/cache/thumbs/%1/v1-p0-s222.png").arg(doc.id);
@@ -937,7 +939,7 @@ private slots:
             QVERIFY(m_pg->run(database, {QStringLiteral("UPDATE page_images SET png = decode('%1', 'hex')").arg(QString::fromLatin1(marked.toHex())) + row}));
         else
             QVERIFY(writeFile(cached, marked));
-        QCOMPARE(client()->getDocumentThumbnail(int(doc.id), 0, 222, pageCount, format, 0, 0, -1), marked);
+        QCOMPARE(thumbnail(client(), doc.id, 0, 222), marked);
     }
 
     void firstPagesRenderedAhead_data()
@@ -966,10 +968,7 @@ private slots:
         QVERIFY(store->waitForRenderAhead(30000));
         // The first page at the size of a card, and nothing else.
         QCOMPARE(cachedSizes(docId), QList<int>{800});
-        int pageCount = 0;
-        QString format;
-        const QByteArray page = client()->getDocumentThumbnail(int(docId), 0, 800, pageCount, format, 0, 0, -1);
-        QCOMPARE(QImage::fromData(page).height(), 800);
+        QCOMPARE(QImage::fromData(thumbnail(client(), docId, 0, 800)).height(), 800);
     }
 
     void imageCacheBoundedLeastRecentlyUsedOut()
@@ -979,11 +978,7 @@ private slots:
         QVERIFY(store);
         QVERIFY(store->waitForRenderAhead(30000));
         OrvexArchiveBackend &backend = store->backend();
-        const auto fetch = [&](int size) {
-            int pageCount = 0;
-            QString format;
-            return client()->getDocumentThumbnail(int(doc.id), 0, size, pageCount, format, 0, 0, -1).size();
-        };
+        const auto fetch = [&](int size) { return thumbnail(client(), doc.id, 0, size).size(); };
         const int a = fetch(200);
         const int b = fetch(201);
         const int c = fetch(202);
@@ -1235,10 +1230,8 @@ private slots:
         QCOMPARE(changed.size(), 1);
         QCOMPARE(archive.documents().size(), 1);
         QCOMPARE(archive.documents().first().pages, 1);
-        int pages = 0;
-        QString format;
         // Images are served as they are.
-        QCOMPARE(archive.archiveClient()->getDocumentThumbnail(int(id), 0, 800, pages, format, 0, 0, -1), readFile(image));
+        QCOMPARE(thumbnail(archive.archiveClient(), id, 0, 800), readFile(image));
         // Suffixes follow the file's type, also when its name has none.
         const QString bareFile = m_scratch.filePath(onServer() ? QStringLiteral("server/scan") : QStringLiteral("embedded/scan"));
         QVERIFY(QDir().mkpath(QFileInfo(bareFile).absolutePath()) && QFile::copy(image, bareFile));
