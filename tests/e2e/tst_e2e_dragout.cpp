@@ -94,8 +94,6 @@ class tst_E2eDragOut : public E2eTest
 
 private slots:
     void initTestCase() { QVERIFY2(startProduct(), qPrintable(lastError())); }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Failed before: no drag started from the list, so nothing reached the folder.
     void rowsOntoAFolder()
