@@ -10,6 +10,7 @@
 #include "orvexsamplearchive.h"
 #include "orvexstorageerror.h"
 #include "hostilenotes.h"
+#include "testfiles.h"
 #include "testpgserver.h"
 
 #include <QElapsedTimer>
@@ -55,17 +56,6 @@ QString clipboardId(ClassifyInterface *client, const QString &name)
     return {};
 }
 
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
 bool makeDatabase(const QString &path, const QStringList &statements)
 {
     const QString name = QStringLiteral("make-") + path;

@@ -5,6 +5,7 @@
 #include "classifyinterface.h"
 #include "orvexarchive.h"
 #include "orvexstorageerror.h"
+#include "testfiles.h"
 
 #include <QCryptographicHash>
 #include <QDirIterator>
@@ -94,12 +95,6 @@ QStringList filesUnder(const QString &folder)
     }
     files.sort();
     return files;
-}
-
-bool writeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 void chmodTree(const QString &folder, QFile::Permissions files, QFile::Permissions folders)

@@ -6,6 +6,7 @@
 #include "orvextranslations.h"
 #include "recordingarchiveclient.h"
 #include "sequenceanswerer.h"
+#include "testfiles.h"
 
 #include <QDirIterator>
 #include <QListWidget>
@@ -46,29 +47,6 @@ public:
 
 using Doc = RecordingArchiveClient::Document;
 
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
-QStringList filesBelow(const QString &root)
-{
-    QStringList files;
-    QDirIterator it(root, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        files << QDir(root).relativeFilePath(it.next());
-    files.sort();
-    return files;
-}
 
 } // namespace
 
@@ -152,7 +130,7 @@ private slots:
         QTemporaryDir folder;
         const QString path = folder.filePath("libkelarchiveclient.so");
         if (library == "garbage")
-            writeFile(path, "this is not a shared library");
+            QVERIFY(writeFile(path, "this is not a shared library"));
         else if (!library.isEmpty())
             QVERIFY(QFile::copy(QCoreApplication::applicationDirPath() + '/' + library, path));
         if (noClient)
@@ -210,11 +188,11 @@ private slots:
         QFETCH(Naming, n);
         m_client->addDocument(Doc{4711, n.archiveName, "x", {{2, "v2"}, {3, "v3"}}});
         const QString folder = m_dir->filePath("fetch") + '/';
-        writeFile(folder + n.fetched, "fetched");
+        QVERIFY(writeFile(folder + n.fetched, "fetched"));
         for (const QString &name : n.existing)
-            writeFile(folder + name, "other");
+            QVERIFY(writeFile(folder + name, "other"));
         QCOMPARE(m_worker->getNewFileName(folder + n.fetched, n.remarks, 4711, 9, n.version, true), folder + n.expected);
-        QCOMPARE(readAll(folder + n.expected), QByteArray("fetched"));
+        QCOMPARE(readFile(folder + n.expected), QByteArray("fetched"));
     }
 
     void nameDialog_data()
@@ -243,7 +221,7 @@ private slots:
         QCOMPARE(m_worker->exportSummary().text(),
                  typed.isNull() ? QString("0 files exported, 2 skipped.") : QString("2 files exported."));
         for (const QString &file : result) {
-            QCOMPARE(readAll(file), file.endsWith(".odt") ? QByteArray(50 * 1024, 'l') : QByteArray(100 * 1024, 'r'));
+            QCOMPARE(readFile(file), file.endsWith(".odt") ? QByteArray(50 * 1024, 'l') : QByteArray(100 * 1024, 'r'));
             struct stat info;
             QCOMPARE(::stat(QFile::encodeName(file).constData(), &info), 0);
             QCOMPARE(info.st_mode & 0777, mode_t(0666));
@@ -289,8 +267,8 @@ private slots:
         QFETCH(QStringList, boxes);
         QFETCH(QStringList, files);
         QFETCH(QString, summary);
-        writeFile(m_target + (reportIsAFolder ? "/report.pdf/inside" : "/report.pdf"), "old");
-        writeFile(m_target + "/a.txt", "old");
+        QVERIFY(writeFile(m_target + (reportIsAFolder ? "/report.pdf/inside" : "/report.pdf"), "old"));
+        QVERIFY(writeFile(m_target + "/a.txt", "old"));
         QList<Step> steps{ok};
         for (int answer : answers)
             steps << SequenceAnswerer::press(QMessageBox::StandardButton(answer));
@@ -300,7 +278,7 @@ private slots:
         // Long uniform contents (the archive's documents) are shown by their first character.
         QStringList content;
         for (const QString &file : filesBelow(m_target)) {
-            const QByteArray bytes = readAll(m_target + '/' + file);
+            const QByteArray bytes = readFile(m_target + '/' + file);
             content << file + '=' + QString::fromLatin1(bytes.size() > 10 ? bytes.left(1) : bytes);
         }
         QCOMPARE(content, files);
@@ -438,7 +416,7 @@ private slots:
         // the second asks before it overwrites the first. The third is named from its remark.
         QCOMPARE(answerer.texts().size(), 2);
         QCOMPARE(filesBelow(m_target), (QStringList{"4711_2_Notiz7.", "plan.pdf"}));
-        QCOMPARE(readAll(m_target + "/plan.pdf"), QByteArray(8192, '2'));
+        QCOMPARE(readFile(m_target + "/plan.pdf"), QByteArray(8192, '2'));
     }
 
     // A drag may name a version for some documents and none for others.
@@ -452,7 +430,7 @@ private slots:
         QCOMPARE(m_client->log().count("exportDocumentVersion"), 1);
         QCOMPARE(m_client->log().last("exportDocument").args.value(0).toInt(), 101); // its current version
         QCOMPARE(filesBelow(m_target), (QStringList{"plan.pdf", "report.pdf"}));
-        QCOMPARE(readAll(m_target + "/plan.pdf"), QByteArray(8192, '2'));
+        QCOMPARE(readFile(m_target + "/plan.pdf"), QByteArray(8192, '2'));
         QCOMPARE(m_worker->exportSummary().text(), QString("2 files exported."));
     }
 
@@ -485,7 +463,7 @@ private slots:
         QStringList calls;
         const QFileInfo info(out);
         for (const QFileInfo &file : QDir(info.path()).entryInfoList({info.fileName() + "-*"}, QDir::Files))
-            calls << QString::fromUtf8(readAll(file.filePath()));
+            calls << QString::fromUtf8(readFile(file.filePath()));
         calls.sort();
         return calls;
     }
