@@ -70,24 +70,15 @@ private slots:
         QTest::newRow("label id without dots") << S::translation("Search...", "Suche...")
             << "document.getElementById('trans-Search').innerHTML ='Suche...';";
         QTest::newRow("writeable") << S::writeable(true) << "setWriteable(true);null;";
-        QTest::newRow("read-only") << S::writeable(false) << "setWriteable(false);null;";
-        QTest::newRow("sort") << S::sortCards() << "sortCards();null;";
         QTest::newRow("scroll to card") << S::scrollToCard("503")
             << "sortCards(); var container = $('.mdl-layout__content'); var scrollTo = $('#section-503'); "
                "container.animate({scrollTop: scrollTo.offset().top - container.offset().top + "
                "container.scrollTop()});null;";
         QTest::newRow("no card: drop hint") << S::countLine(0, 200)
             << "$('#info').text('0 / 200 (max)');$('#drop_zone').show();null;";
-        QTest::newRow("one card: no drop hint") << S::countLine(1, 200)
-            << "$('#info').text('1 / 200 (max)');$('#drop_zone').hide();null;";
         QTest::newRow("append") << S::appendCard("<section></section>", "100", "500")
             << "$('#overview').append('<section></section>');getCardPixmap('500','100','0','img-500');"
                "checkButtons(500);";
-        QTest::newRow("page count query") << S::maxPageQuery("500") << "$('#img-500').data('maxpage');";
-        QTest::newRow("remove") << S::removeCard("500") << "$('#section-500').remove();null;";
-        QTest::newRow("fields editable") << S::readOnly("500", true)
-            << "$('input[type=\"text\"], textarea').removeAttr('readonly');$('#searchtext').removeAttr('readonly');"
-               "$(\"#removecard-500\").removeAttr('disabled');$(\"#removebutton-500\").removeAttr('disabled');";
         QTest::newRow("fields read-only, search stays") << S::readOnly("500", false)
             << "$('input[type=\"text\"], textarea').attr('readonly','readonly');$('#searchtext').removeAttr('readonly');"
                "$(\"#removecard-500\").attr('disabled','disabled');$(\"#removebutton-500\").attr('disabled','disabled');";
@@ -106,8 +97,6 @@ private slots:
             << "$('#section-501').hide();$('#section-500').show();$('#section-502').hide();"
                "componentHandler.upgradeDom();null;";
         QTest::newRow("no cards to show") << S::showCards({}, {}) << "componentHandler.upgradeDom();null;";
-        QTest::newRow("thumbnail loading") << S::thumbnailLoading("500")
-            << "$('#img-500').hide();$('#spinner-500').show();";
         QTest::newRow("thumbnail pages") << S::thumbnailPages("500", "3")
             << "$('#img-500').data('maxpage','3');checkButtons(500);$('#img-500').show();$('#spinner-500').hide();";
         QTest::newRow("thumbnail image") << S::thumbnailImage("500", QByteArray("\x89PNG", 4))
@@ -130,16 +119,14 @@ private slots:
         QTest::addColumn<QString>("html");
         const QString head = "<section id=\"section-500\" data-docsid=\"500\"> <h2>100</h2> <span>%1</span> "
                              "<i>%2|%3|%4</i> <textarea>%6</textarea> <label>%5</label> </section>";
-        const QString german = "Laden...|Notiz...|Öffnen|Entfernen|Klassifikation";
-        QTest::newRow("plain") << "it's mine" << german
-            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "it's mine");
-        // The note goes in last: a placeholder in it stays text.
-        QTest::newRow("placeholder in the note") << "###card-id###" << german
-            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "###card-id###");
-        QTest::newRow("simplified() flattened the note") << "a  b\n\tc " << german
-            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "a  b\n\tc ");
-        QTest::newRow("the parser drops a first line break") << "\nsecond line" << german
-            << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", "\n\nsecond line");
+        const auto german = [&head](const char *name, const QString &note, const QString &shown) {
+            QTest::newRow(name) << note << "Laden...|Notiz...|Öffnen|Entfernen|Klassifikation"
+                                << head.arg("Laden...", "Öffnen", "Entfernen", "Klassifikation", "Notiz...", shown);
+        };
+        german("plain", "it's mine", "it's mine");
+        german("placeholder in the note: the note goes in last", "###card-id###", "###card-id###");
+        german("simplified() flattened the note", "a  b\n\tc ", "a  b\n\tc ");
+        german("the parser drops a first line break", "\nsecond line", "\n\nsecond line");
         QTest::newRow("markup in the note and labels") << "</textarea><b>&amp;" << "<a>|&|b|c|d"
             << head.arg("&lt;a&gt;", "b", "c", "d", "&amp;", "&lt;/textarea&gt;&lt;b&gt;&amp;amp;");
     }
@@ -158,26 +145,53 @@ private slots:
         QCOMPARE(S::cardHtml(cardTemplate, "100", "500", note, {t[0], t[1], t[2], t[3], t[4]}), html);
     }
 
-    void jsString_data()
+    // The conversions the scripts are built on, a row each: the text as a
+    // script literal and as HTML text, a page count, and whether a text may
+    // stand in a script as an id.
+    void conversions_data()
     {
+        QTest::addColumn<QString>("conversion");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("literal");
-        QTest::newRow("plain text stays") << "Invoice 2021, approved" << "'Invoice 2021, approved'";
-        QTest::newRow("quotes and backslashes") << "Anna's \"C:\\new\"" << "'Anna\\'s \"C:\\\\new\"'";
-        QTest::newRow("line breaks and tabs") << "a\nb\r\tc" << "'a\\nb\\r\\tc'";
-        QTest::newRow("line and paragraph separators") << QString("a") + QChar(0x2028) + QChar(0x2029)
-                                                       << "'a\\u2028\\u2029'";
-        QTest::newRow("end of a script element") << "</SCRIPT></b><!--" << "'\\x3C/SCRIPT></b>\\x3C!--'";
-        QTest::newRow("other control characters") << QString("a") + QChar(0) + QChar(0x1b) << "'a\\u0000\\u001b'";
-        QTest::newRow("a pair stays, a lone half is escaped")
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("jsString: plain text stays") << "jsString" << "Invoice 2021, approved" << "'Invoice 2021, approved'";
+        QTest::newRow("jsString: quotes and backslashes") << "jsString" << "Anna's \"C:\\new\"" << "'Anna\\'s \"C:\\\\new\"'";
+        QTest::newRow("jsString: line breaks and tabs") << "jsString" << "a\nb\r\tc" << "'a\\nb\\r\\tc'";
+        QTest::newRow("jsString: line and paragraph separators")
+            << "jsString" << QString("a") + QChar(0x2028) + QChar(0x2029) << "'a\\u2028\\u2029'";
+        QTest::newRow("jsString: end of a script element") << "jsString" << "</SCRIPT></b><!--" << "'\\x3C/SCRIPT></b>\\x3C!--'";
+        QTest::newRow("jsString: other control characters") << "jsString" << QString("a") + QChar(0) + QChar(0x1b) << "'a\\u0000\\u001b'";
+        QTest::newRow("jsString: a pair stays, a lone half is escaped") << "jsString"
             << QString(QChar(0xD83D)) + QChar(0xDE00) + QChar(0xDE00) << QString("'") + QChar(0xD83D) + QChar(0xDE00) + "\\ude00'";
+        QTest::newRow("htmlText: plain") << "htmlText" << "Dokument hier ablegen" << "Dokument hier ablegen";
+        QTest::newRow("htmlText: markup") << "htmlText" << "<img src=x onerror=alert(1)>" << "&lt;img src=x onerror=alert(1)&gt;";
+        QTest::newRow("htmlText: entity") << "htmlText" << "&amp;" << "&amp;amp;";
+        QTest::newRow("htmlText: quotes stay for the literal") << "htmlText" << "it's \"so\"" << "it's \"so\"";
+        QTest::newRow("pageCount: pages") << "pageCount" << "12" << "12";
+        QTest::newRow("pageCount: negative left the card loading") << "pageCount" << "-3" << "1";
+        QTest::newRow("pageCount: zero") << "pageCount" << "0" << "1";
+        QTest::newRow("pageCount: missing") << "pageCount" << "" << "1";
+        QTest::newRow("pageCount: not a number") << "pageCount" << "x2" << "1";
+        QTest::newRow("isId: number") << "isId" << "4711" << "accepted";
+        QTest::newRow("isId: 18 digits") << "isId" << QString(18, '9') << "accepted";
+        QTest::newRow("isId: 19 digits") << "isId" << QString(19, '9') << "refused";
+        QTest::newRow("isId: empty") << "isId" << "" << "refused";
+        QTest::newRow("isId: decimal") << "isId" << "7.5" << "refused";
+        QTest::newRow("isId: negative") << "isId" << "-1" << "refused";
+        QTest::newRow("isId: blank around") << "isId" << " 12" << "refused";
+        QTest::newRow("isId: script") << "isId" << "1');alert('x" << "refused";
+        QTest::newRow("isId: line end") << "isId" << "12\n" << "refused";
     }
 
-    void jsString()
+    void conversions()
     {
+        QFETCH(QString, conversion);
         QFETCH(QString, text);
-        QFETCH(QString, literal);
-        QCOMPARE(S::jsString(text), literal);
+        QFETCH(QString, expected);
+        const QHash<QString, std::function<QString(const QString &)>> convert{
+            {"jsString", S::jsString}, {"htmlText", S::htmlText}, {"pageCount", S::pageCount},
+            {"isId", [](const QString &id) { return QString(S::isId(id) ? "accepted" : "refused"); }}};
+        QVERIFY(convert.contains(conversion));
+        QCOMPARE(convert.value(conversion)(text), expected);
     }
 
     // Every script that carries text hands the page exactly that text.
@@ -205,41 +219,6 @@ private slots:
         QCOMPARE(recorded(S::appendCard(html, "100", "500")).value("#overview.append").toString(), html);
     }
 
-    void htmlText_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("html");
-        QTest::newRow("plain") << "Dokument hier ablegen" << "Dokument hier ablegen";
-        QTest::newRow("markup") << "<img src=x onerror=alert(1)>" << "&lt;img src=x onerror=alert(1)&gt;";
-        QTest::newRow("entity") << "&amp;" << "&amp;amp;";
-        QTest::newRow("quotes stay for the literal") << "it's \"so\"" << "it's \"so\"";
-    }
-
-    void htmlText()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, html);
-        QCOMPARE(S::htmlText(text), html);
-    }
-
-    void pageCount_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("pages");
-        QTest::newRow("pages") << "12" << "12";
-        QTest::newRow("negative left the card loading") << "-3" << "1";
-        QTest::newRow("zero") << "0" << "1";
-        QTest::newRow("missing") << "" << "1";
-        QTest::newRow("not a number") << "x2" << "1";
-    }
-
-    void pageCount()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, pages);
-        QCOMPARE(S::pageCount(text), pages);
-    }
-
     void realCardTemplateLeavesNoPlaceholder()
     {
         QFile file(":/material/card-module.html");
@@ -249,28 +228,6 @@ private slots:
         QVERIFY(!html.contains('\n'));
         QVERIFY(html.contains("onclick=\"openDocument(500,100)\""));
         QVERIFY(html.contains("onclick=\"removeCard(500)\""));
-    }
-
-    void ids_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("accepted");
-        QTest::newRow("number") << "4711" << true;
-        QTest::newRow("18 digits") << QString(18, '9') << true;
-        QTest::newRow("19 digits") << QString(19, '9') << false;
-        QTest::newRow("empty") << "" << false;
-        QTest::newRow("decimal") << "7.5" << false;
-        QTest::newRow("negative") << "-1" << false;
-        QTest::newRow("blank around") << " 12" << false;
-        QTest::newRow("script") << "1');alert('x" << false;
-        QTest::newRow("line end") << "12\n" << false;
-    }
-
-    void ids()
-    {
-        QFETCH(QString, text);
-        QFETCH(bool, accepted);
-        QCOMPARE(S::isId(text), accepted);
     }
 };
 

@@ -1,15 +1,13 @@
 // The drag-and-drop document server of the Connection Manager stand-in,
 // fetched over loopback from a fresh sample archive: what it delivers, what it
-// refuses and why, and the executable serving the port it reports.
+// refuses and why.
 #include "kelarchiveclientinterface.h"
 #include "orvexarchive.h"
 #include "orvexdocumentserver.h"
-#include "orvexlogindata.h"
 
 #include <QImage>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -487,28 +485,6 @@ private slots:
             + "\r\n--" + boundary + "--\r\n";
         QCOMPARE(answer.body, expected);
         QCOMPARE(answer.length, qint64(expected.size()));
-    }
-
-    void executable()
-    {
-        const QString name = QString("orvex-docserver-test-%1").arg(QCoreApplication::applicationPid());
-        QProcess process;
-        process.start(QCoreApplication::applicationDirPath() + "/orvexconnectionmanager",
-                      {"--name", name, "--profiles", m_dir.filePath("cm.ini"), "--port", "0", "--archive", m_archive.folder()});
-        QVERIFY(process.waitForStarted(15000));
-        orvexLoginData::setServerNameOverride(name);
-        orvexLoginData login;
-        login.setWaitInterval(20);
-        int port = 0;
-        QTRY_VERIFY_WITH_TIMEOUT((port = login.getDNDPort()) > 0, 15000);
-        orvexLoginData::setServerNameOverride(QString());
-        const QByteArray target = openDoc(m_versioned.id, "&profileId=1", "Brief%20an%20M%C3%BCller.pdf");
-        const Answer answer = fetch(port, target);
-        QCOMPARE(answer.status, 200);
-        QVERIFY(answer.body == exported(m_versioned.id, 0));
-        QCOMPARE(fetch(port, openDoc(m_forbidden)).status, 403);
-        process.terminate();
-        QVERIFY(process.waitForFinished(15000));
     }
 
 private:

@@ -41,8 +41,6 @@ private slots:
         QVERIFY2(startProduct([](E2eArchive &archive) { return !archive.createClipboard(kSecond).isEmpty(); }),
                  qPrintable(lastError()));
     }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Failed before: the page's own drag carried only the text "orvex-card-N" and never
     // started the board's drag timer, so the tab did not switch and no board accepted it.

@@ -30,8 +30,6 @@ class tst_E2eCardEdit : public E2eTest
 
 private slots:
     void initTestCase() { QVERIFY2(startProduct(), qPrintable(lastError())); }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Passed before: typing a note and leaving the field stores it, and the restarted host shows it.
     void noteSurvivesARestart()

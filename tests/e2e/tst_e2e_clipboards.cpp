@@ -25,8 +25,6 @@ private slots:
                  }),
                  qPrintable(lastError()));
     }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Failed before: the "+" button, the tab filter and the board's menu button had no accessible names.
     void createRenameFilterRemove()

@@ -3,17 +3,13 @@
 // byte for byte the archive's; a target that asks for the program's own URL
 // format gets URLs it can fetch from the Connection Manager.
 #include "e2etest.h"
+#include "testfiles.h"
 
 #include <QCryptographicHash>
 
 namespace {
 const QString kOpen = QStringLiteral("Offene Rechnungen");
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 } // namespace
 
 class tst_E2eDragOut : public E2eTest
@@ -94,8 +90,6 @@ class tst_E2eDragOut : public E2eTest
 
 private slots:
     void initTestCase() { QVERIFY2(startProduct(), qPrintable(lastError())); }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Failed before: no drag started from the list, so nothing reached the folder.
     void rowsOntoAFolder()
@@ -108,7 +102,7 @@ private slots:
         for (const E2eArchive::Document &document : documents) {
             const QString saved = QDir(folder.dir.path()).filePath(document.fileName);
             QVERIFY2(QFile::exists(saved), qPrintable(document.fileName + " not in " + files(folder).join(", ")));
-            QVERIFY2(contents(saved) == contents(document.storedFile), qPrintable(document.fileName));
+            QVERIFY2(readFile(saved) == readFile(document.storedFile), qPrintable(document.fileName));
         }
     }
 
@@ -126,7 +120,7 @@ private slots:
         const E2eArchive::Document document = archive().document(entry.docId);
         const QString saved = QDir(folder.dir.path()).filePath(document.fileName);
         E2E_VERIFY2_SOON(QFile::exists(saved), 30000, qPrintable(files(folder).join(", ")));
-        QVERIFY(contents(saved) == contents(document.storedFile));
+        QVERIFY(readFile(saved) == readFile(document.storedFile));
         QCOMPARE(files(folder).size(), 1);
     }
 
@@ -141,7 +135,7 @@ private slots:
         E2E_VERIFY2_SOON(files(folder).size() == 1, 30000, qPrintable(files(folder).join(", ")));
         const QString name = files(folder).constFirst();
         QVERIFY2(name.startsWith(QString::number(documents.first().id) + QLatin1Char('_')), qPrintable(name));
-        QVERIFY(contents(QDir(folder.dir.path()).filePath(name)) == contents(documents.first().storedFile));
+        QVERIFY(readFile(QDir(folder.dir.path()).filePath(name)) == readFile(documents.first().storedFile));
     }
 };
 

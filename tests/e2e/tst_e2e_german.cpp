@@ -17,8 +17,6 @@ private slots:
         desktop().setVariable(QStringLiteral("LANG"), QStringLiteral("de_DE.UTF-8"));
         QVERIFY2(startProduct(), qPrintable(lastError()));
     }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Failed before: the menu opened leftward from its button and its left part
     // ("okument öffnen") lay outside the dock.

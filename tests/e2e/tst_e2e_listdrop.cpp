@@ -46,8 +46,6 @@ private slots:
                  }),
                  qPrintable(lastError()));
     }
-    void cleanup() { E2eTest::cleanup(); }
-    void cleanupTestCase() { stopAll(); }
 
     // Failed before: the rows were not drag-enabled, so pressing one and moving only extended the selection.
     void dropRowsOntoABoard_data()

@@ -96,7 +96,6 @@ private slots:
                      qPrintable(tree().dump(host(), 6)));
         }
     }
-    void cleanup() { E2eTest::cleanup(); }
     void cleanupTestCase()
     {
         if (m_viewerHost)

@@ -16,30 +16,6 @@ RecordingArchiveClient::RecordingArchiveClient(QObject *parent)
 {
 }
 
-void RecordingArchiveClient::addDocument(const Document &document)
-{
-    QMutexLocker locker(&m_mutex);
-    m_documents.insert(document.docId, document);
-}
-
-RecordingArchiveClient::Document RecordingArchiveClient::document(int docId) const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_documents.value(docId);
-}
-
-bool RecordingArchiveClient::hasDocument(int docId) const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_documents.contains(docId);
-}
-
-QList<int> RecordingArchiveClient::documentIds() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_documents.keys();
-}
-
 void RecordingArchiveClient::setConnectionValues(const QString &server, int port, const QString &login1,
                                                  const QString &login2, const QString &login3,
                                                  const QStringList &archives)
@@ -51,36 +27,6 @@ void RecordingArchiveClient::setConnectionValues(const QString &server, int port
     m_login2 = login2;
     m_login3 = login3;
     m_archives = archives;
-}
-
-void RecordingArchiveClient::setDuplicateReply(const QStringList &reply)
-{
-    QMutexLocker locker(&m_mutex);
-    m_fixedDuplicateReply = true;
-    m_duplicateReply = reply;
-}
-
-void RecordingArchiveClient::setChunkSize(int bytes)
-{
-    QMutexLocker locker(&m_mutex);
-    m_chunkSize = qMax(1, bytes);
-}
-
-QString RecordingArchiveClient::exportFolder() const
-{
-    return m_exportDir.path();
-}
-
-QStringList RecordingArchiveClient::pendingUploads() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_uploads.keys();
-}
-
-bool RecordingArchiveClient::isConnected() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_connected && m_loggedIn && !m_currentArchive.isEmpty();
 }
 
 bool RecordingArchiveClient::enter(const QString &name, const QVariantList &args)

@@ -35,20 +35,22 @@ public:
 
     CallLog &log() { return m_log; }
 
-    void addDocument(const Document &document);
-    Document document(int docId) const;
-    bool hasDocument(int docId) const;
-    QList<int> documentIds() const;
+    void addDocument(const Document &document) { locked([&] { m_documents.insert(document.docId, document); }); }
+    Document document(int docId) const { return locked([&] { return m_documents.value(docId); }); }
+    QList<int> documentIds() const { return locked([&] { return m_documents.keys(); }); }
     // The values the connection chain accepts; an empty value accepts anything.
     void setConnectionValues(const QString &server, int port, const QString &login1,
                              const QString &login2, const QString &login3,
                              const QStringList &archives);
     // Fixed answer for checkDuplicates instead of the computed one.
-    void setDuplicateReply(const QStringList &reply);
-    void setChunkSize(int bytes);
-    QString exportFolder() const;
-    QStringList pendingUploads() const;
-    bool isConnected() const;
+    void setDuplicateReply(const QStringList &reply)
+    {
+        locked([&] { m_fixedDuplicateReply = true; m_duplicateReply = reply; });
+    }
+    void setChunkSize(int bytes) { locked([&] { m_chunkSize = qMax(1, bytes); }); }
+    QString exportFolder() const { return m_exportDir.path(); }
+    QStringList pendingUploads() const { return locked([&] { return m_uploads.keys(); }); }
+    bool isConnected() const { return locked([&] { return m_connected && m_loggedIn && !m_currentArchive.isEmpty(); }); }
 
     // kelArchiveClientInterface
     kelArchiveClientInterface *createClient(QString applicationDirPath) override;
@@ -83,6 +85,12 @@ public:
     void cancelStreaming() override;
 
 private:
+    template<typename Work>
+    auto locked(Work work) const -> decltype(work())
+    {
+        QMutexLocker locker(&m_mutex);
+        return work();
+    }
     bool enter(const QString &name, const QVariantList &args);
     bool fail(const QString &error);
     // Streams bytes into a file with the byte-count signals; false when canceled.

@@ -13,12 +13,6 @@ RecordingClassifyClient::RecordingClassifyClient(QObject *parent)
 {
 }
 
-void RecordingClassifyClient::addDocument(const Document &document)
-{
-    QMutexLocker locker(&m_mutex);
-    m_documents.insert(document.docId, document);
-}
-
 QString RecordingClassifyClient::addClipboard(const QString &name, bool writeable, const QString &uuid)
 {
     QMutexLocker locker(&m_mutex);
@@ -50,25 +44,6 @@ void RecordingClassifyClient::setClipboardFlags(const QString &clipboardId, cons
         m_clipboards[index].flags = flags;
 }
 
-void RecordingClassifyClient::setRawClipboards(const QList<QPair<QString, QString>> &raw)
-{
-    QMutexLocker locker(&m_mutex);
-    m_useRawClipboards = true;
-    m_rawClipboards = raw;
-}
-
-void RecordingClassifyClient::setAllRoles(const QStringList &roles)
-{
-    QMutexLocker locker(&m_mutex);
-    m_allRoles = roles;
-}
-
-void RecordingClassifyClient::setRoleName(const QString &roleId, const QString &displayName)
-{
-    QMutexLocker locker(&m_mutex);
-    m_roleNames.insert(roleId, displayName);
-}
-
 void RecordingClassifyClient::setRawClipboardRoles(const QString &clipboardId, const QStringList &entries)
 {
     QMutexLocker locker(&m_mutex);
@@ -77,49 +52,11 @@ void RecordingClassifyClient::setRawClipboardRoles(const QString &clipboardId, c
         m_clipboards[index].roles = entries;
 }
 
-void RecordingClassifyClient::setDocumentType(const QString &key, const QString &name)
-{
-    QMutexLocker locker(&m_mutex);
-    m_types.insert(key, name);
-}
-
-void RecordingClassifyClient::setDocumentStatus(const QString &key, const QString &name)
-{
-    QMutexLocker locker(&m_mutex);
-    m_statuses.insert(key, name);
-}
-
-void RecordingClassifyClient::setConnectionMode(const QString &mode)
-{
-    QMutexLocker locker(&m_mutex);
-    m_connectionMode = mode;
-}
-
-void RecordingClassifyClient::setServer(const QString &host, int port, qlonglong profileId)
-{
-    QMutexLocker locker(&m_mutex);
-    m_serverHost = host;
-    m_serverPort = port;
-    m_profileId = profileId;
-}
-
-QList<RecordingClassifyClient::Clipboard> RecordingClassifyClient::clipboards() const
-{
-    QMutexLocker locker(&m_mutex);
-    return m_clipboards;
-}
-
 RecordingClassifyClient::Clipboard RecordingClassifyClient::clipboard(const QString &uuid) const
 {
     QMutexLocker locker(&m_mutex);
     const int index = indexOf(uuid);
     return index < 0 ? Clipboard() : m_clipboards.at(index);
-}
-
-bool RecordingClassifyClient::hasClipboard(const QString &uuid) const
-{
-    QMutexLocker locker(&m_mutex);
-    return indexOf(uuid) >= 0;
 }
 
 QStringList RecordingClassifyClient::cardInfoOf(const QString &docsId) const
@@ -224,22 +161,6 @@ QStringList RecordingClassifyClient::searchDocuments(QStringList criteria)
     return rows;
 }
 
-QStringList RecordingClassifyClient::getAllRoles()
-{
-    if (enter(QStringLiteral("getAllRoles"), {}))
-        return {};
-    QMutexLocker locker(&m_mutex);
-    return m_allRoles;
-}
-
-QString RecordingClassifyClient::getConnectionMode()
-{
-    if (enter(QStringLiteral("getConnectionMode"), {}))
-        return {};
-    QMutexLocker locker(&m_mutex);
-    return m_connectionMode;
-}
-
 QStringList RecordingClassifyClient::getCardInfo(QString docsId, QString option)
 {
     if (enter(QStringLiteral("getCardInfo"), {docsId, option}))
@@ -268,30 +189,6 @@ bool RecordingClassifyClient::getDocumentStatuses(QStringList &rows, QStringList
     return tableRows(m_statuses, m_log.isShort(QStringLiteral("getDocumentStatuses")), rows);
 }
 
-QString RecordingClassifyClient::getServerHost()
-{
-    if (enter(QStringLiteral("getServerHost"), {}))
-        return {};
-    QMutexLocker locker(&m_mutex);
-    return m_serverHost;
-}
-
-int RecordingClassifyClient::getServerPort()
-{
-    if (enter(QStringLiteral("getServerPort"), {}))
-        return 0;
-    QMutexLocker locker(&m_mutex);
-    return m_serverPort;
-}
-
-qlonglong RecordingClassifyClient::getProfileId()
-{
-    if (enter(QStringLiteral("getProfileId"), {}))
-        return 0;
-    QMutexLocker locker(&m_mutex);
-    return m_profileId;
-}
-
 QString RecordingClassifyClient::createClipboard(QString name)
 {
     if (enter(QStringLiteral("createClipboard"), {name}))
@@ -301,26 +198,18 @@ QString RecordingClassifyClient::createClipboard(QString name)
 
 bool RecordingClassifyClient::removeClipboard(QString uuid)
 {
-    if (enter(QStringLiteral("removeClipboard"), {uuid}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(uuid);
-    if (index < 0)
-        return false;
-    m_clipboards.removeAt(index);
-    return true;
+    return onClipboard(QStringLiteral("removeClipboard"), {uuid}, [&](Clipboard &clipboard) {
+        m_clipboards.removeAt(indexOf(clipboard.uuid));
+        return true;
+    });
 }
 
 bool RecordingClassifyClient::renameClipboard(QString uuid, QString name)
 {
-    if (enter(QStringLiteral("renameClipboard"), {uuid, name}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(uuid);
-    if (index < 0)
-        return false;
-    m_clipboards[index].name = name;
-    return true;
+    return onClipboard(QStringLiteral("renameClipboard"), {uuid, name}, [&](Clipboard &clipboard) {
+        clipboard.name = name;
+        return true;
+    });
 }
 
 bool RecordingClassifyClient::getClipboards(QList<QPair<QString, QString>> &clipboards)
@@ -342,113 +231,85 @@ bool RecordingClassifyClient::getClipboards(QList<QPair<QString, QString>> &clip
 bool RecordingClassifyClient::getClipboardDocuments(QString clipboardId, QStringList &entries,
                                                     QStringList &comments)
 {
-    if (enter(QStringLiteral("getClipboardDocuments"), {clipboardId}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return false;
-    const bool shortRows = m_log.isShort(QStringLiteral("getClipboardDocuments"));
-    entries.clear();
-    comments.clear();
-    for (const Entry &entry : qAsConst(m_clipboards.at(index).entries)) {
-        entries << (shortRows ? entry.docId : entry.docId + kSep + entry.docsId);
-        comments << entry.comment;
-    }
-    return true;
+    return onClipboard(QStringLiteral("getClipboardDocuments"), {clipboardId}, [&](Clipboard &clipboard) {
+        const bool shortRows = m_log.isShort(QStringLiteral("getClipboardDocuments"));
+        entries.clear();
+        comments.clear();
+        for (const Entry &entry : qAsConst(clipboard.entries)) {
+            entries << (shortRows ? entry.docId : entry.docId + kSep + entry.docsId);
+            comments << entry.comment;
+        }
+        return true;
+    });
 }
 
 bool RecordingClassifyClient::addToClipboard(QString clipboardId, QString docId, QString docsId)
 {
-    if (enter(QStringLiteral("addToClipboard"), {clipboardId, docId, docsId}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return false;
-    for (const Entry &entry : qAsConst(m_clipboards.at(index).entries))
-        if (entry.docsId == docsId)
-            return false;
-    m_clipboards[index].entries.append({docId, docsId, {}});
-    return true;
+    return onClipboard(QStringLiteral("addToClipboard"), {clipboardId, docId, docsId}, [&](Clipboard &clipboard) {
+        for (const Entry &entry : qAsConst(clipboard.entries))
+            if (entry.docsId == docsId)
+                return false;
+        clipboard.entries.append({docId, docsId, {}});
+        return true;
+    });
 }
 
 bool RecordingClassifyClient::removeFromClipboard(QString clipboardId, QString docsId)
 {
-    if (enter(QStringLiteral("removeFromClipboard"), {clipboardId, docsId}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return false;
-    QList<Entry> &entries = m_clipboards[index].entries;
-    for (int i = 0; i < entries.size(); ++i) {
-        if (entries.at(i).docsId == docsId) {
-            entries.removeAt(i);
-            return true;
+    return onClipboard(QStringLiteral("removeFromClipboard"), {clipboardId, docsId}, [&](Clipboard &clipboard) {
+        QList<Entry> &entries = clipboard.entries;
+        for (int i = 0; i < entries.size(); ++i) {
+            if (entries.at(i).docsId == docsId) {
+                entries.removeAt(i);
+                return true;
+            }
         }
-    }
-    return false;
+        return false;
+    });
 }
 
 bool RecordingClassifyClient::clearClipboard(QString clipboardId)
 {
-    if (enter(QStringLiteral("clearClipboard"), {clipboardId}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return false;
-    m_clipboards[index].entries.clear();
-    return true;
+    return onClipboard(QStringLiteral("clearClipboard"), {clipboardId}, [&](Clipboard &clipboard) {
+        clipboard.entries.clear();
+        return true;
+    });
 }
 
 bool RecordingClassifyClient::setClipboardComment(QString clipboardId, QString docsId, QString text)
 {
-    if (enter(QStringLiteral("setClipboardComment"), {clipboardId, docsId, text}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return false;
-    for (Entry &entry : m_clipboards[index].entries) {
-        if (entry.docsId == docsId) {
-            entry.comment = text;
-            return true;
+    return onClipboard(QStringLiteral("setClipboardComment"), {clipboardId, docsId, text}, [&](Clipboard &clipboard) {
+        for (Entry &entry : clipboard.entries) {
+            if (entry.docsId == docsId) {
+                entry.comment = text;
+                return true;
+            }
         }
-    }
-    return false;
+        return false;
+    });
 }
 
 QStringList RecordingClassifyClient::getClipboardRoles(QString clipboardId)
 {
-    if (enter(QStringLiteral("getClipboardRoles"), {clipboardId}))
-        return {};
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return {};
-    QStringList roles = m_clipboards.at(index).roles;
-    if (m_log.isShort(QStringLiteral("getClipboardRoles")))
-        for (QString &role : roles)
-            role = role.section(kSep, 0, 0);
-    return roles;
+    return onClipboard(QStringLiteral("getClipboardRoles"), {clipboardId}, [&](Clipboard &clipboard) {
+        QStringList roles = clipboard.roles;
+        if (m_log.isShort(QStringLiteral("getClipboardRoles")))
+            for (QString &role : roles)
+                role = role.section(kSep, 0, 0);
+        return roles;
+    });
 }
 
 bool RecordingClassifyClient::setClipboardRoles(QString clipboardId, QStringList roles)
 {
-    if (enter(QStringLiteral("setClipboardRoles"), {clipboardId, roles}))
-        return false;
-    QMutexLocker locker(&m_mutex);
-    const int index = indexOf(clipboardId);
-    if (index < 0)
-        return false;
-    // Stored as the server answers them: with a leading field.
-    QStringList stored;
-    for (const QString &role : qAsConst(roles))
-        stored << m_clipboards.at(index).uuid + kSep + role;
-    m_clipboards[index].roles = stored;
-    return true;
+    return onClipboard(QStringLiteral("setClipboardRoles"), {clipboardId, roles}, [&](Clipboard &clipboard) {
+        // Stored as the server answers them: with a leading field.
+        QStringList stored;
+        for (const QString &role : qAsConst(roles))
+            stored << clipboard.uuid + kSep + role;
+        clipboard.roles = stored;
+        return true;
+    });
 }
 
 QStringList RecordingClassifyClient::getRoleNames(QStringList roleIds)

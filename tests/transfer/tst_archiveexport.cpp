@@ -4,18 +4,13 @@
 #include "orvexarchive.h"
 #include "orvexarchiveworker.h"
 #include "sequenceanswerer.h"
+#include "testfiles.h"
 
 #include <QDirIterator>
 #include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QStringList filesIn(const QString &root)
 {
@@ -61,8 +56,8 @@ private slots:
         QCOMPARE(filesIn(m_target->path()), byName.keys());
         for (const QString &copy : result) {
             const QString fetched = m_worker.getDocument(QString::number(byName.value(QFileInfo(copy).fileName())));
-            QVERIFY(readAll(copy).startsWith("%PDF"));
-            QCOMPARE(readAll(copy), readAll(fetched));
+            QVERIFY(readFile(copy).startsWith("%PDF"));
+            QCOMPARE(readFile(copy), readFile(fetched));
         }
     }
 
@@ -83,7 +78,7 @@ private slots:
             const QStringList files = filesIn(target.path());
             QCOMPARE(files.size(), 3);
             QCOMPARE(files.filter(QRegularExpression("\\.pdf$")), files);
-            QVERIFY(readAll(target.filePath(files[0])) != readAll(target.filePath(files[2])));
+            QVERIFY(readFile(target.filePath(files[0])) != readFile(target.filePath(files[2])));
         }
     }
 

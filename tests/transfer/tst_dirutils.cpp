@@ -1,26 +1,9 @@
 // The directory utilities on real folder trees.
 #include "orvexdirutils.h"
+#include "testfiles.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
-
-namespace {
-
-void writeFile(const QString &path, const QByteArray &content = "data")
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 class tst_DirUtils : public QObject
 {
@@ -30,11 +13,11 @@ private slots:
     void removeTree()
     {
         const QString root = m_temp.filePath("tree");
-        writeFile(root + "/.hidden");
-        writeFile(root + "/sub/deeper/c.txt");
+        QVERIFY(writeFile(root + "/.hidden", "data"));
+        QVERIFY(writeFile(root + "/sub/deeper/c.txt", "data"));
         QDir(root).mkpath("empty");
         // A link to a folder outside goes, the folder it points to stays.
-        writeFile(m_temp.filePath("outside/keep.txt"));
+        QVERIFY(writeFile(m_temp.filePath("outside/keep.txt"), "data"));
         QVERIFY(QFile::link(m_temp.filePath("outside"), root + "/link"));
         QString error;
         QVERIFY2(removeCompleteDir(root, error), qPrintable(error));
@@ -55,18 +38,18 @@ private slots:
     {
         const QString source = m_temp.filePath("source");
         const QString target = m_temp.filePath("target");
-        writeFile(source + "/a.txt", "new");
-        writeFile(source + "/b.txt", "B");
-        writeFile(source + "/sub/deeper/c.txt", "C");
+        QVERIFY(writeFile(source + "/a.txt", "new"));
+        QVERIFY(writeFile(source + "/b.txt", "B"));
+        QVERIFY(writeFile(source + "/sub/deeper/c.txt", "C"));
         QDir(source).mkpath("empty");
         // An existing a.txt makes that copy fail; the rest is still copied, and the
         // last copy (b.txt) decides the result.
-        writeFile(target + "/a.txt", "old");
+        QVERIFY(writeFile(target + "/a.txt", "old"));
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("Fehler beim Kopie.*a\\.txt.*could not be deleted"));
         QVERIFY(copyCompleteDir(source, target));
-        QCOMPARE(readAll(target + "/a.txt"), QByteArray("old"));
-        QCOMPARE(readAll(target + "/b.txt"), QByteArray("B"));
-        QCOMPARE(readAll(target + "/sub/deeper/c.txt"), QByteArray("C"));
+        QCOMPARE(readFile(target + "/a.txt"), QByteArray("old"));
+        QCOMPARE(readFile(target + "/b.txt"), QByteArray("B"));
+        QCOMPARE(readFile(target + "/sub/deeper/c.txt"), QByteArray("C"));
         QVERIFY(QFileInfo(target + "/empty").isDir());
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("Fehler beim Kopie.*does not exist"));
         QVERIFY(!copyCompleteDir(m_temp.filePath("missing"), target));

@@ -24,8 +24,6 @@
 //       Q_OBJECT
 //   private slots:
 //       void initTestCase() { QVERIFY2(startProduct(), qPrintable(lastError())); }
-//       void cleanup() { E2eTest::cleanup(); }
-//       void cleanupTestCase() { stopAll(); }
 //       void aDrop() { input().drag(rowPoint(id), boardPoint()); E2E_VERIFY_SOON(archive().entries(..).size() == 7, 20000); }
 //   };
 class E2eTest : public QObject
@@ -103,9 +101,13 @@ protected:
     // A button or other object inside the card of docId, by role and name.
     E2eNode cardPart(qlonglong docId, const QString &role, const QString &name);
 
-    // Keeps a screenshot and the logs of a failed test function; call from cleanup().
-    void cleanup();
     QString artefactFolder() const;
+
+protected slots:
+    // Run by the test framework after each test function, and once at the end:
+    // a failed test function leaves a screenshot and the logs; everything started stops.
+    void cleanup();
+    void cleanupTestCase() { stopAll(); }
 
 private:
     QString m_error;
