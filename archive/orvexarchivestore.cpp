@@ -743,6 +743,13 @@ void OrvexArchiveStore::renderAhead(const QList<qlonglong> &docIds)
         m_renderAhead->render(docIds);
 }
 
+void OrvexArchiveStore::cacheLater(const OrvexArchiveBackend::ImageKey &key, const QString &stored,
+                                   const QImage &image)
+{
+    if (m_renderAhead && !isReadOnly())
+        m_renderAhead->cache(key, stored, image);
+}
+
 bool OrvexArchiveStore::waitForRenderAhead(int msecs)
 {
     return !m_renderAhead || m_renderAhead->waitForDone(msecs);

@@ -184,7 +184,10 @@ public:
     // image cache in the background, at the size a card asks for; called once
     // their import is committed.
     void renderAhead(const QList<qlonglong> &docIds);
-    // Waits for those renders; false on timeout.
+    // Stores a page image rendered for a reader in the page image cache in
+    // the background.
+    void cacheLater(const OrvexArchiveBackend::ImageKey &key, const QString &stored, const QImage &image);
+    // Waits for those renders and stores; false on timeout.
     bool waitForRenderAhead(int msecs = -1);
     // The setting that bounds the page image cache (bytes).
     static constexpr const char *ImageCacheSetting = "image_cache_bytes";

@@ -85,8 +85,9 @@ QByteArray OrvexArchiveThumbnails::getDocumentThumbnail(int docId, int page, int
         m_session.fail(error);
         return {};
     }
-    const QByteArray bytes = OrvexPdfTools::quickPngBytes(image);
-    store->backend().cacheImage(key, bytes);
-    format = QStringLiteral("PNG");
-    return bytes;
+    // The reader gets the page at once, uncompressed; the cache gets it
+    // compressed when there is time.
+    store->cacheLater(key, file.stored, image);
+    format = QStringLiteral("BMP");
+    return OrvexPdfTools::rawBytes(image);
 }

@@ -182,23 +182,28 @@ int OrvexPdfTools::hashDistance(const QByteArray &a, const QByteArray &b)
 }
 
 namespace {
-QByteArray encodePng(const QImage &image, int quality)
+QByteArray encode(const QImage &image, const char *format, int quality = -1)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG", quality);
+    image.save(&buffer, format, quality);
     return bytes;
 }
 } // namespace
 
 QByteArray OrvexPdfTools::pngBytes(const QImage &image)
 {
-    return encodePng(image, -1);
+    return encode(image, "PNG");
 }
 
 QByteArray OrvexPdfTools::quickPngBytes(const QImage &image)
 {
     // Qt maps a PNG quality of 85 to zlib's fastest level.
-    return encodePng(image, 85);
+    return encode(image, "PNG", 85);
+}
+
+QByteArray OrvexPdfTools::rawBytes(const QImage &image)
+{
+    return encode(image, "BMP");
 }

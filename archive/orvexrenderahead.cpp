@@ -7,9 +7,8 @@
 #include <QVariant>
 
 #ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
+#include <pthread.h>
+#include <sched.h>
 #endif
 
 OrvexRenderAhead::OrvexRenderAhead(OrvexArchiveStore &store)
@@ -25,16 +24,38 @@ OrvexRenderAhead::~OrvexRenderAhead()
     stop();
 }
 
+void OrvexRenderAhead::start(std::function<void()> work)
+{
+    m_pool.start([work = std::move(work)] {
+#ifdef Q_OS_LINUX
+        // Only time no one else wants: even a nice thread takes a tenth of a
+        // core from a board that is filling.
+        const sched_param idle{};
+        pthread_setschedparam(pthread_self(), SCHED_IDLE, &idle);
+#endif
+        work();
+    });
+}
+
 void OrvexRenderAhead::render(const QList<qlonglong> &docIds)
 {
     for (const qlonglong docId : docIds)
-        m_pool.start([this, docId] {
-#ifdef Q_OS_LINUX
-            // Linux takes a thread's nice value per thread.
-            setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 10);
-#endif
-            renderOne(docId);
-        });
+        start([this, docId] { renderOne(docId); });
+}
+
+void OrvexRenderAhead::cache(const OrvexArchiveBackend::ImageKey &key, const QString &stored, const QImage &image)
+{
+    // About 2 MB each while they wait.
+    static constexpr int MostWaiting = 32;
+    if (++m_imagesWaiting > MostWaiting) {
+        --m_imagesWaiting;
+        start([this, key, stored] { renderInto(key, stored); });
+        return;
+    }
+    start([this, key, image] {
+        m_store.backend().cacheImage(key, OrvexPdfTools::quickPngBytes(image));
+        --m_imagesWaiting;
+    });
 }
 
 bool OrvexRenderAhead::waitForDone(int msecs)
@@ -65,12 +86,19 @@ void OrvexRenderAhead::renderOne(qlonglong docId)
     const OrvexArchiveBackend::ImageKey key{docId, current.value(0).toInt(), 0, CardImageSize};
     const QString stored = current.value(1).toString();
     current.finish();
+    renderInto(key, stored);
+}
+
+void OrvexRenderAhead::renderInto(const OrvexArchiveBackend::ImageKey &key, const QString &stored)
+{
+    if (!m_store.isOpen() || !m_store.backend().cachedImage(key).isEmpty())
+        return;
     OrvexArchiveBackend::LocalFile local;
     QString error;
     if (!m_store.localFile(OrvexArchiveStore::Area::Files, stored, local, error)
         || !OrvexPdfTools::looksLikePdf(local.path()))
         return;
-    const QImage image = OrvexPdfTools::renderPage(local.path(), 0, CardImageSize, error);
+    const QImage image = OrvexPdfTools::renderPage(local.path(), key.page, key.size, error);
     if (!image.isNull())
         m_store.backend().cacheImage(key, OrvexPdfTools::quickPngBytes(image));
 }

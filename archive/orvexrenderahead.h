@@ -1,7 +1,13 @@
 #pragma once
 
+#include "orvexarchivebackend.h"
+
+#include <QImage>
 #include <QList>
 #include <QThreadPool>
+
+#include <atomic>
+#include <functional>
 
 class OrvexArchiveStore;
 
@@ -21,6 +27,10 @@ public:
 
     // The current version of each document, after the import has been committed.
     void render(const QList<qlonglong> &docIds);
+    // Compresses a page image rendered for a reader into the cache. When more
+    // pages come than wait in memory, the page is rendered again later from
+    // the stored file (the archive's name for it).
+    void cache(const OrvexArchiveBackend::ImageKey &key, const QString &stored, const QImage &image);
     // Waits until every queued render is done; false on timeout.
     bool waitForDone(int msecs = -1);
     // Drops the renders not started yet and waits for the running one.
@@ -28,7 +38,10 @@ public:
 
 private:
     void renderOne(qlonglong docId);
+    void renderInto(const OrvexArchiveBackend::ImageKey &key, const QString &stored);
+    void start(std::function<void()> work);
 
     OrvexArchiveStore &m_store;
     QThreadPool m_pool;
+    std::atomic<int> m_imagesWaiting{0}; // handed to cache(), not yet stored
 };

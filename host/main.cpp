@@ -2,6 +2,7 @@
 #include "orvexhostsession.h"
 #include "orvexhosttranslations.h"
 #include "orvexhostwindow.h"
+#include "orvexrendering.h"
 #include "orvexscreenshotjob.h"
 #include "tavlodocplugininterface.h"
 
@@ -54,6 +55,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); // QtWebEngine in a plugin
     QApplication app(argc, argv);
     OrvexHostTranslations::install();
+    OrvexRendering::chooseSceneGraph();
 
     QTextStream out(stdout);
     QTextStream err(stderr);

@@ -12,12 +12,6 @@
 
 #include <algorithm>
 
-#ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-#endif
-
 namespace {
 const QChar kSep(0xFEFF);
 thread_local bool t_sendingThumbnail = false;
@@ -49,15 +43,6 @@ public:
     QFuture<void> future() { return m_state.future(); }
     void run() override
     {
-        // The board's work gives way to the page and the GUI thread, which
-        // the user watches; a pool thread keeps this for its lifetime.
-        thread_local const bool lowered = [] {
-#ifdef Q_OS_LINUX
-            setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 5);
-#endif
-            return true;
-        }();
-        Q_UNUSED(lowered)
         if (!m_state.isCanceled())
             m_job();
         m_state.reportFinished();
@@ -170,14 +155,14 @@ bool orvexboardjobs::updateCards(ClassifyInterface *client, const QString &clipb
     return !m_stopped;
 }
 
-void orvexboardjobs::fetchThumbnail(const QPointer<kelArchiveClientInterface> &client, const QString &cardId,
+bool orvexboardjobs::fetchThumbnail(const QPointer<kelArchiveClientInterface> &client, const QString &cardId,
                                     const QString &docId, const QString &page, const QPixmap &placeholder)
 {
     if (m_stopped)
-        return;
+        return false;
     kelArchiveClientInterface *archive = client.data();
     if (!archive)
-        return;
+        return false;
     int pageCount = 0;
     QString unused;
     const QByteArray bytes =
@@ -192,6 +177,7 @@ void orvexboardjobs::fetchThumbnail(const QPointer<kelArchiveClientInterface> &c
     if (pix.isNull())
         pix = placeholder;
     emit doSetCardPixmap(cardId, docId, page, QString::number(pageCount), pix);
+    return true;
 }
 
 void orvexboardjobs::sendThumbnail(const QString &cardId, const QString &script, const QPixmap &pix)

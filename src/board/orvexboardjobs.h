@@ -56,8 +56,9 @@ public:
     bool updateCards(ClassifyInterface *client, const QString &clipboardId,
                      const QHash<QString, QString> &cards);
     // One page of a document scaled for its card; the placeholder when the
-    // client has no image for it or the bytes are none.
-    void fetchThumbnail(const QPointer<kelArchiveClientInterface> &client, const QString &cardId,
+    // client has no image for it or the bytes are none. False when nothing
+    // was sent (stopped, or no client).
+    bool fetchThumbnail(const QPointer<kelArchiveClientInterface> &client, const QString &cardId,
                         const QString &docId, const QString &page, const QPixmap &placeholder);
     // Sends the image to the page as PNG, after the script that prepares the card.
     void sendThumbnail(const QString &cardId, const QString &script, const QPixmap &pix);

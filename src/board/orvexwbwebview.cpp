@@ -36,8 +36,11 @@ namespace {
 const QChar kSep(0xFEFF);
 // How long the cards' first images gather before they go to the page.
 const int kImageBatchMs = 200;
-// Set on a pool thread while it sends the image of a page the user turned to.
+// Set on a pool thread while it sends the image of a page the user turned to,
+// or the last image under way, which waits for no others.
 thread_local bool t_urgentImage = false;
+// Set on the GUI thread while it tells the page that a card's image is loading.
+thread_local bool t_imageLoading = false;
 const QString kDragMarker = QStringLiteral("x-application-orvex");
 
 // Page labels: the English text is the key, the element id is derived from it.
@@ -254,18 +257,17 @@ void orvexwbwebview::doJavascript(QString jscript)
 {
     if (isStopped())
         return;
-    if (QThread::currentThread() == thread()) {
-        runScript(jscript);
+    if (!orvexboardjobs::isSendingThumbnail() && !t_imageLoading) {
+        if (QThread::currentThread() == thread())
+            runScript(jscript);
+        else // in its place among the other signals the job sends
+            QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
         return;
     }
-    if (!orvexboardjobs::isSendingThumbnail()) {
-        // In its place among the other signals the job sends.
-        QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
-        return;
-    }
-    // The cards' images reach the page together, a batch at most every
-    // kImageBatchMs, so that it lays out and paints once for many of them;
-    // a page the user turned to goes at once, with what waits.
+    // The cards' images, and the loading texts before them, reach the page
+    // together, a batch at most every kImageBatchMs, so that it lays out and
+    // paints once for many of them; a page the user turned to goes at once,
+    // with what waits.
     const bool urgent = t_urgentImage;
     QMutexLocker locker(&m_scriptsMutex);
     m_pendingScripts << jscript;
@@ -947,11 +949,14 @@ QString orvexwbwebview::getCardPixmap(QString cardid, QString docid, QString cur
     const auto priority = curpage != QLatin1String("0") || m_pictured.contains(cardid)
                               ? orvexboardjobs::User
                               : orvexboardjobs::Background;
-    if (m_archiveClient)
-        m_jobs->start([this, cardid, docid, curpage] {
-            m_jobs->fetchThumbnail(m_archiveClient, cardid, docid, curpage, m_placeholder);
-        }, priority);
+    if (m_archiveClient && m_jobs->start([this, cardid, docid, curpage] {
+            if (!m_jobs->fetchThumbnail(m_archiveClient, cardid, docid, curpage, m_placeholder))
+                imageSent();
+        }, priority))
+        ++m_imagesUnderWay;
+    t_imageLoading = true;
     emit javascript(orvexcardscripts::thumbnailLoading(cardid));
+    t_imageLoading = false;
     return QString();
 }
 
@@ -960,18 +965,30 @@ void orvexwbwebview::setCardPixmap(QString cardid, QString docid, QString curpag
 {
     Q_UNUSED(docid)
     Q_UNUSED(curpage)
-    if (isStopped() || !isId(cardid))
+    if (isStopped() || !isId(cardid)) {
+        imageSent();
         return;
+    }
     const QString script = orvexcardscripts::thumbnailPages(cardid, orvexcardscripts::pageCount(pageCount));
     // Once fetched, an image is finished before the next one is fetched.
     const bool urgent = m_pictured.contains(cardid);
     if (m_cards.contains(cardid))
         m_pictured.insert(cardid);
     m_jobs->start([this, cardid, script, pix, urgent] {
-        t_urgentImage = urgent;
+        const bool last = imageSent();
+        t_urgentImage = urgent || last;
         setPix(cardid, script, pix);
         t_urgentImage = false;
     }, urgent ? orvexboardjobs::User : orvexboardjobs::Finish);
+}
+
+bool orvexwbwebview::imageSent()
+{
+    // Images set by others than the page's requests are not counted.
+    int underWay = m_imagesUnderWay.load();
+    while (underWay > 0 && !m_imagesUnderWay.compare_exchange_weak(underWay, underWay - 1)) {
+    }
+    return underWay <= 1;
 }
 
 void orvexwbwebview::setPix(QString cardid, QString javascript, QPixmap pix)

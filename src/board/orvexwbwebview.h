@@ -164,6 +164,9 @@ private:
     // Runs the images' scripts the pool threads sent meanwhile in one go, each
     // in a block of its own so that one that fails does not stop the next.
     void flushScripts();
+    // One image asked for by the page is on its way to it; true when it was
+    // the last one under way.
+    bool imageSent();
     // Runs a script in the page, or keeps it until the page has loaded.
     void runScript(const QString &script);
     void pageLoaded();
@@ -209,6 +212,7 @@ private:
     bool m_flushQueued = false;
     QTimer m_flushTimer; // sends the images gathered meanwhile
     QSet<QString> m_pictured; // cards whose first image has come
+    std::atomic<int> m_imagesUnderWay{0}; // asked for by the page, not yet sent to it
     bool m_pageReady = false;
     QStringList m_waitingForPage;
 };

@@ -914,7 +914,9 @@ private slots:
         const OrvexArchiveDocument doc = document(6);
         const QByteArray first = thumbnail(client(), doc.id, 0, 222);
         QVERIFY(!first.isEmpty());
-        // The cache: a file in the folder, a row on the server.
+        // Handed out at once; the cache, a file in the folder or a row on the
+        // server, gets the same page compressed in the background.
+        QVERIFY(sharedStore()->waitForRenderAhead(30000));
         const QString cached = archive().folder() + QStringLiteral("/cache/thumbs/%1/v1-p0-s222.png").arg(doc.id);
         const QString row = QStringLiteral(" WHERE doc_id = %1 AND version = 1 AND page = 0 AND size = 222").arg(doc.id);
         const QString database = QStringLiteral("archive");
@@ -922,7 +924,10 @@ private slots:
             return onServer() ? m_pg->rows(database, QStringLiteral("SELECT encode(png, 'hex') FROM page_images") + row).value(0).toLatin1()
                               : readFile(cached).toHex();
         };
-        QCOMPARE(readCache(), first.toHex());
+        const QByteArray stored = QByteArray::fromHex(readCache());
+        QCOMPARE(QImage::fromData(stored, "PNG").convertToFormat(QImage::Format_RGB32),
+                 QImage::fromData(first).convertToFormat(QImage::Format_RGB32));
+        QCOMPARE(thumbnail(client(), doc.id, 0, 222), stored);
         // Served from the cache: a marked cache entry comes back as it is.
         const QByteArray marked = readFile(samplePdf(0, 1));
         if (onServer())
@@ -930,6 +935,18 @@ private slots:
         else
             QVERIFY(writeFile(cached, marked));
         QCOMPARE(thumbnail(client(), doc.id, 0, 222), marked);
+
+        // Pages asked for faster than the background can compress them all
+        // are cached all the same.
+        QList<int> sizes;
+        for (int size = 100; size < 140; ++size) {
+            QVERIFY(!thumbnail(client(), doc.id, 0, size).isEmpty());
+            sizes << size;
+        }
+        QVERIFY(sharedStore()->waitForRenderAhead(30000));
+        const QList<int> cachedNow = cachedSizes(doc.id);
+        for (const int size : qAsConst(sizes))
+            QVERIFY2(cachedNow.contains(size), qPrintable(QString::number(size)));
     }
 
     void firstPagesRenderedAhead_data()
@@ -968,7 +985,12 @@ private slots:
         QVERIFY(store);
         QVERIFY(store->waitForRenderAhead(30000));
         OrvexArchiveBackend &backend = store->backend();
-        const auto fetch = [&](int size) { return thumbnail(client(), doc.id, 0, size).size(); };
+        // The size of the page's cache entry, once the page is cached.
+        const auto fetch = [&](int size) {
+            if (thumbnail(client(), doc.id, 0, size).isEmpty() || !store->waitForRenderAhead(30000))
+                return -1;
+            return backend.cachedImage({doc.id, 1, 0, size}).size();
+        };
         const int a = fetch(200);
         const int b = fetch(201);
         const int c = fetch(202);
