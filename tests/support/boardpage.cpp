@@ -38,7 +38,8 @@ bool BoardPage::load(orvexwbwebview *board, bool writeable)
 void BoardPage::runUpdate(orvexwbwebview *board)
 {
     const auto idle = [board] { return !board->isUpdating(); };
-    QTest::qWaitFor(idle, Timeout);
+    if (!QTest::qWaitFor(idle, Timeout))
+        qWarning() << "an earlier update did not end";
     board->updateCards();
     if (!QTest::qWaitFor(idle, Timeout))
         qWarning() << "the update did not end";
