@@ -102,6 +102,21 @@ bool E2eDesktop::start(QString *error)
     return true;
 }
 
+// A server of another file system view (a chroot, a container on the same
+// network) holds the display's abstract socket without a lock file here;
+// the clients would reach that server instead of ours.
+bool E2eDesktop::displayInUse(int display)
+{
+    QFile sockets(QStringLiteral("/proc/net/unix"));
+    if (!sockets.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray name = "@/tmp/.X11-unix/X" + QByteArray::number(display);
+    for (const QByteArray &line : sockets.readAll().split('\n'))
+        if (line.endsWith(' ' + name))
+            return true;
+    return false;
+}
+
 bool E2eDesktop::startServer(QString *error)
 {
     const QString requested = qEnvironmentVariable("ORVEX_E2E_XSERVER", QStringLiteral("Xvfb"));
@@ -110,6 +125,8 @@ bool E2eDesktop::startServer(QString *error)
     // server reports on stdout once it listens, or exits when the number is taken.
     const int first = 200 + int(QCoreApplication::applicationPid() % 500);
     for (int display = first; display < first + 20; ++display) {
+        if (displayInUse(display))
+            continue;
         QStringList arguments{QLatin1Char(':') + QString::number(display), QStringLiteral("-displayfd"),
                               QStringLiteral("1"), QStringLiteral("-nolisten"), QStringLiteral("tcp"),
                               QStringLiteral("-screen")};

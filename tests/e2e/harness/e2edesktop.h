@@ -47,6 +47,7 @@ public:
 
 private:
     bool startServer(QString *error);
+    static bool displayInUse(int display);
     bool waitForWindowManager();
 
     QTemporaryDir m_home;
