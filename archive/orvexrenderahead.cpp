@@ -7,8 +7,9 @@
 #include <QVariant>
 
 #ifdef Q_OS_LINUX
-#include <pthread.h>
-#include <sched.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #endif
 
 OrvexRenderAhead::OrvexRenderAhead(OrvexArchiveStore &store)
@@ -28,10 +29,11 @@ void OrvexRenderAhead::start(std::function<void()> work)
 {
     m_pool.start([work = std::move(work)] {
 #ifdef Q_OS_LINUX
-        // Only time no one else wants: even a nice thread takes a tenth of a
-        // core from a board that is filling.
-        const sched_param idle{};
-        pthread_setschedparam(pthread_self(), SCHED_IDLE, &idle);
+        // Low, but not SCHED_IDLE: this thread takes locks that others wait
+        // for (Qt's environment and image plugins, the cache), and an idle
+        // class thread holding one may not run again for as long as the
+        // machine is busy.
+        setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
 #endif
         work();
     });

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -172,8 +173,10 @@ bool TestPgServer::start(QString *error, const QString &keepIn)
                                .arg(QCoreApplication::applicationPid())
                                .arg(runAs, binary(QStringLiteral("pg_ctl")), m_data,
                                     m_keep ? QStringLiteral("true") : QStringLiteral("rm -rf '%1'").arg(m_root));
-    QProcess::startDetached(QStringLiteral("setsid"), {QStringLiteral("sh"), QStringLiteral("-c"), script},
-                            QDir::rootPath(), &m_watchdog);
+    // Looked up here: startDetached() would look a bare name up in the forked
+    // child, where a lock that another thread held at the fork stays held.
+    QProcess::startDetached(QStandardPaths::findExecutable(QStringLiteral("setsid")),
+                            {QStringLiteral("sh"), QStringLiteral("-c"), script}, QDir::rootPath(), &m_watchdog);
     if (!restart(error))
         return false;
     return initialised || run(QStringLiteral("postgres"), {QStringLiteral("CREATE ROLE %1 LOGIN").arg(Owner)}, error);
