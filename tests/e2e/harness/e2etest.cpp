@@ -45,8 +45,11 @@ bool E2eTest::startProduct(const std::function<bool(E2eArchive &)> &prepare)
 
 bool E2eTest::startDesktop(const QString &archive)
 {
-    if (!m_desktop.start(&m_error))
+    if (!m_desktop.start(&m_error)) {
+        // The desktop's home goes with it; its programs' logs tell why.
+        keepLogs(QStringLiteral("%1-start").arg(QLatin1String(metaObject()->className())));
         return false;
+    }
     m_product.reset(new E2eProduct(m_desktop, archive));
     m_input.reset(new E2eInput(m_desktop.environment()));
     if (!m_product->startConnectionManager(&m_error))
@@ -306,6 +309,12 @@ void E2eTest::cleanup()
             outline.write(m_tree.dump(cell, 0).toUtf8());
         qInfo("e2e: accessibility tree: %s", qPrintable(outline.fileName()));
     }
+    keepLogs(stem);
+}
+
+void E2eTest::keepLogs(const QString &stem)
+{
+    QDir().mkpath(artefactFolder());
     // Every program of the desktop logs into its home folder.
     const QFileInfoList logs = QDir(m_desktop.home()).entryInfoList({QStringLiteral("*.log")}, QDir::Files);
     for (const QFileInfo &log : logs) {

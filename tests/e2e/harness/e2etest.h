@@ -110,6 +110,9 @@ protected slots:
     void cleanupTestCase() { stopAll(); }
 
 private:
+    // Copies the desktop's programs' logs into the artefact folder.
+    void keepLogs(const QString &stem);
+
     QString m_error;
     E2eDesktop m_desktop;
     QTemporaryDir m_scratch;
