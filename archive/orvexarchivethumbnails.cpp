@@ -88,6 +88,6 @@ QByteArray OrvexArchiveThumbnails::getDocumentThumbnail(int docId, int page, int
     // The reader gets the page at once, uncompressed; the cache gets it
     // compressed when there is time.
     store->cacheLater(key, file.stored, image);
-    format = QStringLiteral("BMP");
+    format = QStringLiteral("PPM");
     return OrvexPdfTools::rawBytes(image);
 }

@@ -205,5 +205,5 @@ QByteArray OrvexPdfTools::quickPngBytes(const QImage &image)
 
 QByteArray OrvexPdfTools::rawBytes(const QImage &image)
 {
-    return encode(image, "BMP");
+    return encode(image, "PPM");
 }

@@ -40,7 +40,7 @@ public:
     // The same, compressed lightly: several times faster to make, somewhat
     // larger; for page images that are shown at once or cached.
     static QByteArray quickPngBytes(const QImage &image);
-    // The image uncompressed (BMP): made and read at memory speed, for a
-    // page image handed on in the same process.
+    // The image uncompressed (PPM, without alpha): made and read at memory
+    // speed, for a page image handed on in the same process.
     static QByteArray rawBytes(const QImage &image);
 };

@@ -4,6 +4,7 @@
 #include "orvexpdftools.h"
 
 #include <QSqlQuery>
+#include <QThread>
 #include <QVariant>
 
 #ifdef Q_OS_LINUX
@@ -18,6 +19,7 @@ OrvexRenderAhead::OrvexRenderAhead(OrvexArchiveStore &store)
     // One page after the other: the work waits for idle time rather than
     // taking cores from the user.
     m_pool.setMaxThreadCount(1);
+    m_clock.start();
 }
 
 OrvexRenderAhead::~OrvexRenderAhead()
@@ -27,7 +29,7 @@ OrvexRenderAhead::~OrvexRenderAhead()
 
 void OrvexRenderAhead::start(std::function<void()> work)
 {
-    m_pool.start([work = std::move(work)] {
+    m_pool.start([this, work = std::move(work)] {
 #ifdef Q_OS_LINUX
         // Low, but not SCHED_IDLE: this thread takes locks that others wait
         // for (Qt's environment and image plugins, the cache), and an idle
@@ -35,8 +37,23 @@ void OrvexRenderAhead::start(std::function<void()> work)
         // machine is busy.
         setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
 #endif
-        work();
+        waitForReaders();
+        if (!m_stopping)
+            work();
     });
+}
+
+void OrvexRenderAhead::waitForReaders()
+{
+    // Long enough to span the gaps between the pages a board asks for.
+    static constexpr qint64 QuietMs = 300;
+    for (;;) {
+        const qint64 lastRead = m_lastRead.load();
+        const qint64 quietFor = lastRead < 0 ? QuietMs : m_clock.elapsed() - lastRead;
+        if (m_stopping || quietFor >= QuietMs)
+            return;
+        QThread::msleep(static_cast<unsigned long>(qMin<qint64>(QuietMs - quietFor, 50)));
+    }
 }
 
 void OrvexRenderAhead::render(const QList<qlonglong> &docIds)
@@ -49,6 +66,7 @@ void OrvexRenderAhead::cache(const OrvexArchiveBackend::ImageKey &key, const QSt
 {
     // About 2 MB each while they wait.
     static constexpr int MostWaiting = 32;
+    m_lastRead = m_clock.elapsed();
     if (++m_imagesWaiting > MostWaiting) {
         --m_imagesWaiting;
         start([this, key, stored] { renderInto(key, stored); });
@@ -67,8 +85,10 @@ bool OrvexRenderAhead::waitForDone(int msecs)
 
 void OrvexRenderAhead::stop()
 {
+    m_stopping = true;
     m_pool.clear();
     m_pool.waitForDone();
+    m_stopping = false;
 }
 
 void OrvexRenderAhead::renderOne(qlonglong docId)

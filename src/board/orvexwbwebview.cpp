@@ -257,27 +257,33 @@ void orvexwbwebview::doJavascript(QString jscript)
 {
     if (isStopped())
         return;
-    if (!orvexboardjobs::isSendingThumbnail() && !t_imageLoading) {
-        if (QThread::currentThread() == thread())
-            runScript(jscript);
-        else // in its place among the other signals the job sends
-            QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
+    const bool image = orvexboardjobs::isSendingThumbnail() || t_imageLoading;
+    if (!image && QThread::currentThread() != thread()) {
+        // In its place among the other signals the job sends.
+        QMetaObject::invokeMethod(this, [this, jscript] { doJavascript(jscript); }, Qt::QueuedConnection);
         return;
     }
-    // The cards' images, and the loading texts before them, reach the page
-    // together, a batch at most every kImageBatchMs, so that it lays out and
-    // paints once for many of them; a page the user turned to goes at once,
-    // with what waits.
-    const bool urgent = t_urgentImage;
+    queueScript(jscript, !image || t_urgentImage);
+}
+
+void orvexwbwebview::queueScript(const QString &script, bool soon)
+{
+    // Scripts reach the page in the order they were sent, gathered into one
+    // run per turn of the event loop: the page lays out and paints once for
+    // many of them. The cards' first images (and their loading texts) wait
+    // for others up to kImageBatchMs; everything else, and a page the user
+    // turned to, goes with the next turn, taking along what waits.
     QMutexLocker locker(&m_scriptsMutex);
-    m_pendingScripts << jscript;
-    if (!std::exchange(m_flushQueued, true) || urgent)
-        QMetaObject::invokeMethod(this, [this, urgent] {
-            if (urgent)
-                flushScripts();
-            else if (!m_flushTimer.isActive())
+    m_pendingScripts << script;
+    if (soon) {
+        if (!std::exchange(m_flushSoon, true))
+            QMetaObject::invokeMethod(this, &orvexwbwebview::flushScripts, Qt::QueuedConnection);
+    } else if (!std::exchange(m_batchStarted, true)) {
+        QMetaObject::invokeMethod(this, [this] {
+            if (!m_flushTimer.isActive())
                 m_flushTimer.start();
         }, Qt::QueuedConnection);
+    }
 }
 
 void orvexwbwebview::flushScripts()
@@ -287,7 +293,8 @@ void orvexwbwebview::flushScripts()
     {
         QMutexLocker locker(&m_scriptsMutex);
         scripts = std::exchange(m_pendingScripts, {});
-        m_flushQueued = false;
+        m_flushSoon = false;
+        m_batchStarted = false;
     }
     if (isStopped() || scripts.isEmpty())
         return;
@@ -664,9 +671,9 @@ void orvexwbwebview::dropCard(const QString &id)
 {
     m_cards.remove(id);
     m_pictured.remove(id);
-    runScript(orvexcardscripts::maxPageQuery(id));
+    queueScript(orvexcardscripts::maxPageQuery(id), true);
     orvexDebug() << "REMOVE CARD!";
-    runScript(orvexcardscripts::removeCard(id));
+    queueScript(orvexcardscripts::removeCard(id), true);
     orvexDebug() << "CARDIDS: " << m_cards.size();
     emit javascript(countLine());
 }

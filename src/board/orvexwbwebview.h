@@ -96,6 +96,10 @@ public:
     // scrolls to the last added card and posts the snackbar message. Returns
     // the count added.
     int addDocuments(const QStringList &docIds, const QStringList &docsIds, const QStringList &notes = {});
+    // Sends the scripts queued so far to the page now, in one run, each in a
+    // block of its own so that one that fails does not stop the next. A
+    // script run on the page after this sees what they did.
+    void flushScripts();
 
 signals:
     void doSetCardPixmap(QString cardid, QString docid, QString curpage, QString pageCount, QPixmap pix);
@@ -161,9 +165,8 @@ protected:
 
 private:
     QString countLine() const;
-    // Runs the images' scripts the pool threads sent meanwhile in one go, each
-    // in a block of its own so that one that fails does not stop the next.
-    void flushScripts();
+    // Queues a script for the page: soon, or with the next batch of images.
+    void queueScript(const QString &script, bool soon);
     // One image asked for by the page is on its way to it; true when it was
     // the last one under way.
     bool imageSent();
@@ -207,9 +210,10 @@ private:
     QPointer<QMimeData> m_refusedDrag; // the drag last told why it cannot be dropped here
     QWebChannel *m_channel = nullptr;
     QPixmap m_placeholder; // 150 x 150, for pages without an image
-    QMutex m_scriptsMutex; // guards the two below, filled by pool threads
+    QMutex m_scriptsMutex; // guards the three below, filled by pool threads too
     QStringList m_pendingScripts;
-    bool m_flushQueued = false;
+    bool m_flushSoon = false;    // a flush is posted to the event loop
+    bool m_batchStarted = false; // images wait for the batch timer
     QTimer m_flushTimer; // sends the images gathered meanwhile
     QSet<QString> m_pictured; // cards whose first image has come
     std::atomic<int> m_imagesUnderWay{0}; // asked for by the page, not yet sent to it

@@ -199,6 +199,21 @@ private slots:
         QCOMPARE(count("removeFromClipboard"), 0);
     }
 
+    // The scripts of one turn of the event loop reach the page in one run: a
+    // removal right after an addition still wins, and a script that fails
+    // does not stop the next.
+    void scriptsOfOneTurnKeepTheirOrder()
+    {
+        orvexwbwebview *board = createBoard();
+        addCards(2);
+        QVERIFY(!board->appendCard("100", "500").isEmpty());
+        board->removeCard("500", false);
+        emit board->javascript(QStringLiteral("throw new Error('a script fails');"));
+        QVERIFY(!board->appendCard("101", "501").isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(text(board, "#info"), QString("1 / 200 (max)"), kTimeout);
+        QCOMPARE(order(board), QString("501"));
+    }
+
     // Failed before: a card's close button removed card and note at once, with no way back.
     void cardRemovalCanBeUndone_data()
     {

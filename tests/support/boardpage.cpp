@@ -11,6 +11,9 @@
 
 QVariant BoardPage::run(QWebEngineView *view, const QString &script)
 {
+    // After the scripts the board has queued so far.
+    if (auto *board = qobject_cast<orvexwbwebview *>(view))
+        board->flushScripts();
     auto state = std::make_shared<QPair<bool, QVariant>>(false, QVariant());
     view->page()->runJavaScript(script, [state](const QVariant &result) { *state = {true, result}; });
     if (!QTest::qWaitFor([state] { return state->first; }, Timeout))
